@@ -1,0 +1,54 @@
+// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/ITroxCallback.aidl; keep
+// in the generated shape.
+#pragma once
+
+#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
+#include <android/binder_ibinder.h>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace aidl {
+namespace vendor {
+namespace vexal {
+namespace hardware {
+namespace trox {
+
+class BpTroxCallback : public ::ndk::BpCInterface<ITroxCallback> {
+  public:
+    explicit BpTroxCallback(const ::ndk::SpAIBinder& binder);
+    virtual ~BpTroxCallback();
+
+    ::ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>& in_data) override;
+    ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) override;
+    struct TransactionLog {
+        double duration_ms;
+        std::string interface_name;
+        std::string method_name;
+        const void* stub_address;
+        const void* proxy_address;
+        int32_t exception_code;
+        std::string exception_message;
+        int32_t transaction_error;
+        int32_t service_specific_error_code;
+        std::vector<std::pair<std::string, std::string>> input_args;
+        std::vector<std::pair<std::string, std::string>> output_args;
+    };
+    static std::function<void(const TransactionLog&)> logFunc;
+
+  private:
+    std::atomic<int32_t> _aidl_cached_version{-1};
+    std::string _aidl_cached_hash = "-1";
+    std::mutex _aidl_cached_hash_mutex;
+};
+
+}  // namespace trox
+}  // namespace hardware
+}  // namespace vexal
+}  // namespace vendor
+}  // namespace aidl

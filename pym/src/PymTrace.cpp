@@ -1,0 +1,21 @@
+#define ATRACE_TAG ATRACE_TAG_ALWAYS
+#include "PymTrace.h"
+
+#include <cutils/trace.h>
+
+#include <cstdarg>
+#include <cstdio>
+
+namespace vexal::pym {
+
+void traceMarker(const char* format, ...) {
+    char buffer[1024] = {};
+    va_list args;
+    va_start(args, format);
+    vsnprintf(buffer, sizeof(buffer) - 1, format, args);
+    va_end(args);
+    ATRACE_BEGIN(buffer);
+    ATRACE_END();
+}
+
+}  // namespace vexal::pym

@@ -1,0 +1,135 @@
+#include "LinkTestSupport.h"
+
+#include <optional>
+
+namespace vexal::testing {
+namespace {
+
+using aidl::vendor::vexal::hardware::trox::TroxRequestData;
+using aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
+using link::CallResult;
+
+struct FailureCase {
+    const char* name;
+    FakeTrox::StatusMaker make;
+};
+
+class FailedCallTest : public LinkTest, public ::testing::WithParamInterface<FailureCase> {};
+
+TEST_P(FailedCallTest, TroxFailureLogsAndDropsOnlyTheClientClassConnection) {
+    FakeTroxService service;
+    ASSERT_EQ(troxInit(), CallResult::kOk);
+    ASSERT_TRUE(pym::connectPymHal());
+    logs.clear();
+
+    service.fake().failNextCalls(1, GetParam().make);
+    int32_t out = -1;
+    EXPECT_EQ(link::callTroxHal("troxResCtlRequest",
+                                [&](link::ITrox& hal) { return hal.troxResCtlRequest({}, &out); }),
+              CallResult::kFailed);
+    EXPECT_EQ(out, -1);
+    EXPECT_FALSE(troxConnected());
+    EXPECT_TRUE(pymConnected());
+    EXPECT_EQ(logs.linesWithTag(kTroxTag),
+              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag,
+                                     "troxResCtlRequest() failed: trox HAL service not available"}}));
+
+    EXPECT_EQ(troxInit(), CallResult::kOk) << "the next call reconnects";
+}
+
+TEST_P(FailedCallTest, PymFailureLogsAndDropsOnlyTheEventApiConnection) {
+    FakeTroxService service;
+    ASSERT_EQ(troxInit(), CallResult::kOk);
+    ASSERT_TRUE(pym::connectPymHal());
+    logs.clear();
+
+    service.fake().failNextCalls(1, GetParam().make);
+    EXPECT_EQ(pymInitCall(), CallResult::kFailed);
+    EXPECT_FALSE(pymConnected());
+    EXPECT_TRUE(troxConnected());
+    EXPECT_EQ(logs.linesWithTag(kPymTag),
+              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kPymTag,
+                                     "trox_init() failed : trox HAL service not available"}}));
+
+    ASSERT_TRUE(pym::connectPymHal());
+    EXPECT_EQ(pymInitCall(), CallResult::kOk);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        Statuses, FailedCallTest,
+        ::testing::Values(
+                FailureCase{"ServiceSpecific", FakeTrox::serviceSpecificError},
+                FailureCase{"Exception",
+                            [] {
+                                return ndk::ScopedAStatus::fromExceptionCodeWithMessage(
+                                        EX_ILLEGAL_STATE, "busy");
+                            }},
+                FailureCase{"TransactionError",
+                            [] { return ndk::ScopedAStatus::fromStatus(STATUS_BAD_VALUE); }}),
+        [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(LinkTest, FailureCanBeLeftToTheCaller) {
+    FakeTroxService service;
+    ASSERT_TRUE(pym::connectPymHal());
+    service.fake().failNextCalls(1);
+    EXPECT_EQ(pym::callPymHal("x", [](link::ITrox& hal) { return hal.trox_init(); },
+                              link::OnFailure::kKeep),
+              CallResult::kFailed);
+    EXPECT_TRUE(pymConnected());
+    EXPECT_TRUE(logs.linesWithTag(kPymTag).empty());
+}
+
+TEST_F(LinkTest, ADeclinedCallSendsNothingAndKeepsTheConnection) {
+    FakeTroxService service;
+    ASSERT_EQ(troxInit(), CallResult::kOk);
+    EXPECT_EQ(link::callTroxHal("x",
+                                [](link::ITrox&) -> std::optional<ndk::ScopedAStatus> {
+                                    return std::nullopt;
+                                }),
+              CallResult::kDeclined);
+    EXPECT_EQ(service.fake().callCount(), 1u);
+    EXPECT_TRUE(troxConnected());
+}
+
+TEST_F(LinkTest, AnEmptyConnectionSkipsTheCallWithoutALogLine) {
+    FakeTroxService service;
+    bool called = false;
+    EXPECT_EQ(pym::callPymHal("x",
+                              [&](link::ITrox& hal) {
+                                  called = true;
+                                  return hal.trox_init();
+                              }),
+              CallResult::kNoService);
+    EXPECT_FALSE(called);
+    EXPECT_TRUE(logs.linesWithTag(kPymTag).empty());
+}
+
+TEST_F(LinkTest, TheServiceReceivesExactlyTheParcelThatWasSent) {
+    FakeTroxService service;
+    service.fake().setIntResult("troxResCtlRequest", -7);
+    TroxRequestParcel sent;
+    sent.requestType = 12;
+    sent.requestData = {TroxRequestData{0x00000000FFFFFFFBLL, std::string("1"), std::nullopt,
+                                        std::nullopt},
+                        TroxRequestData{3, std::string(""), std::string("/p"), std::string("x")}};
+    sent.flag = true;
+    sent.param = -1;
+    sent.pid = 4242;
+    sent.duration = -2;
+    sent.debugTags = std::vector<std::optional<std::string>>{std::string("zdbdebug"), std::nullopt};
+    sent.handle = 77;
+    sent.pkg = "com.example";
+    sent.identity = "";
+    sent.values = std::vector<int32_t>{5, 7};
+
+    int32_t out = -1;
+    ASSERT_EQ(link::callTroxHal("troxResCtlRequest",
+                                [&](link::ITrox& hal) { return hal.troxResCtlRequest(sent, &out); }),
+              CallResult::kOk);
+    EXPECT_EQ(out, -7);
+    ASSERT_TRUE(service.fake().lastCall().parcel.has_value());
+    EXPECT_EQ(*service.fake().lastCall().parcel, sent);
+}
+
+}  // namespace
+}  // namespace vexal::testing
