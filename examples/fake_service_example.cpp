@@ -25,8 +25,8 @@ int main() {
     vexal::testing::FakeTroxService service;
     service.fake().setIntResult("troxResCtlRequest", 1001);
     service.fake().setIntResult("troxResCtlRelease", 0);
-    service.fake().setStateReply({TroxRequestData{0x40800000, std::string("1800000"), std::nullopt,
-                                                  std::nullopt}});
+    service.fake().setStateReply(
+            {TroxRequestData{0x40800000, std::string("1800000"), std::nullopt, std::nullopt}});
 
     auto trox = ITrox::fromBinder(
             ndk::SpAIBinder(AServiceManager_waitForService(vexal::testing::kTroxInstance)));
@@ -44,13 +44,12 @@ int main() {
     request.requestType = 1;
     request.duration = 3000;
     request.pid = 1234;
-    request.requestData = {TroxRequestData{0x40800000, std::string("1800000"), std::nullopt,
-                                           std::nullopt}};
+    request.requestData = {
+            TroxRequestData{0x40800000, std::string("1800000"), std::nullopt, std::nullopt}};
     int32_t handle = -1;
     if (!report("troxResCtlRequest", trox->troxResCtlRequest(request, &handle))) return 1;
     std::printf("handle from the service: %d\n", handle);
-    std::printf("the service received: %s\n",
-                service.fake().lastCall().parcel->toString().c_str());
+    std::printf("the service received: %s\n", service.fake().lastCall().parcel->toString().c_str());
 
     std::vector<TroxRequestData> values;
     if (!report("troxResStateRequest", trox->troxResStateRequest(TroxRequestParcel{}, &values))) {

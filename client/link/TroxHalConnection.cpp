@@ -43,7 +43,8 @@ void get_trox_hal_and_link_to_death() {
     using vexal::link::kTroxInstance;
     // A thread that lost the race to connect lands here too and logs the same line.
     if (g_trox_hal || !AServiceManager_isDeclared(kTroxInstance)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Trox is not declared, AServiceManager_isDeclared:%d",
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "Trox is not declared, AServiceManager_isDeclared:%d",
                             AServiceManager_isDeclared(kTroxInstance));
         return;
     }
@@ -54,6 +55,7 @@ void get_trox_hal_and_link_to_death() {
     }
     if (vexal::link::linkToDeath(g_trox_hal, g_trox_death_recipient, onTroxHalDied) != STATUS_OK) {
         g_trox_hal.reset();
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Unable to link to g_trox_hal death notifications!");
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "Unable to link to g_trox_hal death notifications!");
     }
 }

@@ -24,8 +24,8 @@ const char* orNone(const std::string& text) {
 
 std::string summary(int32_t cmdid, const std::string& pkg, const std::string& identity,
                     int32_t duration) {
-    return " cmd_id:" + std::to_string(cmdid) + " pkg:" + orNone(pkg) + " identity:" +
-           orNone(identity) + " duration:" + std::to_string(duration);
+    return " cmd_id:" + std::to_string(cmdid) + " pkg:" + orNone(pkg) +
+           " identity:" + orNone(identity) + " duration:" + std::to_string(duration);
 }
 
 int32_t requestKind(int32_t cmdid) {
@@ -84,8 +84,7 @@ int32_t PymEventAcquire(int32_t cmdid, const std::string& pkg, const std::string
 }
 
 int32_t PymEventAcquireOneWay(int32_t cmdid, const std::string& pkg, const std::string& identity,
-                              int32_t duration,
-                              const std::vector<PymClient::Resource>& resources) {
+                              int32_t duration, const std::vector<PymClient::Resource>& resources) {
     vexal::pym::traceMarker("PymEventAcquireOneWay %s",
                             summary(cmdid, pkg, identity, duration).c_str());
     ALOGI("PymEventAcquireOneWay, cmdid:%d, pkg:%s, identity:%s", cmdid, orNone(pkg),
@@ -116,9 +115,9 @@ int32_t PymResAcquire(const std::vector<PymClient::Resource>& resources, int32_t
     return PymEventAcquire(kResourceAcquisition, std::string(), identity, duration, resources);
 }
 
-int32_t PymPlatformResAcquire(const std::vector<PymClient::Resource>& resources,
-                              int32_t /*unused*/, const std::string& identity,
-                              const std::string& pkg, int32_t duration) {
+int32_t PymPlatformResAcquire(const std::vector<PymClient::Resource>& resources, int32_t /*unused*/,
+                              const std::string& identity, const std::string& pkg,
+                              int32_t duration) {
     ALOGI("PymPlatformResAcquire");
     return PymEventAcquire(kPlatformAcquisition, pkg, identity, duration, resources);
 }

@@ -50,7 +50,8 @@ int32_t pym_get_trox_hal_and_link_to_death() {
     std::unique_lock<std::shared_timed_mutex> hold(g_pym_hal_mutex);
     using vexal::link::kTroxInstance;
     if (!AServiceManager_isDeclared(kTroxInstance)) {
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Trox is not declared, AServiceManager_isDeclared:%d",
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "Trox is not declared, AServiceManager_isDeclared:%d",
                             AServiceManager_isDeclared(kTroxInstance));
         return -1;
     }
@@ -61,7 +62,8 @@ int32_t pym_get_trox_hal_and_link_to_death() {
     }
     if (vexal::link::linkToDeath(g_pym_hal, g_pym_death_recipient, onPymHalDied) != STATUS_OK) {
         g_pym_hal.reset();
-        __android_log_print(ANDROID_LOG_ERROR, kTag, "Unable to link to g_pym_hal death notifications!");
+        __android_log_print(ANDROID_LOG_ERROR, kTag,
+                            "Unable to link to g_pym_hal death notifications!");
         return -1;
     }
     return 0;

@@ -21,7 +21,8 @@ bool connectPymHal();
 
 // The Event API's call frame after connecting: one call under the shared hold.
 template <typename Call>
-CallResult callPymHal(const char* name, Call&& call, OnFailure onFailure = OnFailure::kLogAndReset) {
+CallResult callPymHal(const char* name, Call&& call,
+                      OnFailure onFailure = OnFailure::kLogAndReset) {
     return link::callService(pymHalConnection(), name, std::forward<Call>(call), onFailure);
 }
 

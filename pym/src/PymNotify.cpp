@@ -27,8 +27,9 @@ int32_t PymNotify(int32_t idLow, int32_t idHigh, const std::vector<int32_t>& val
     TroxRequestParcel parcel;
     parcel.requestType = 10;
     TroxRequestData entry;
-    entry.res_Id = static_cast<int64_t>((static_cast<uint64_t>(static_cast<uint32_t>(idHigh)) << 32) |
-                                        static_cast<uint32_t>(idLow));
+    entry.res_Id =
+            static_cast<int64_t>((static_cast<uint64_t>(static_cast<uint32_t>(idHigh)) << 32) |
+                                 static_cast<uint32_t>(idLow));
     // One identical entry per value; the values themselves are not sent. At least one entry.
     parcel.requestData.assign(std::max<size_t>(values.size(), 1), entry);
     auto result = vexal::pym::callPymHal(

@@ -23,7 +23,7 @@ namespace {
 std::atomic<int> gAlive{0};
 
 class CountedCallback : public BnTroxCallback {
-public:
+  public:
     explicit CountedCallback(int tag) : tag(tag) { ++gAlive; }
     ~CountedCallback() override { --gAlive; }
     ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>&) override {
@@ -70,12 +70,14 @@ TEST(BnCInterface, BinderKeepsObjectAliveAndIsReused) {
 }
 
 TEST(BnCInterface, NewBinderAfterTheOldOneDied) {
+    gAlive = 0;
     auto cb = ndk::SharedRefBase::make<CountedCallback>(2);
-    AIBinder* first = cb->asBinder().get();
+    cb->asBinder();                // created and dropped at once
+    EXPECT_EQ(cb.use_count(), 1);  // the dead binder no longer holds the object
     ndk::SpAIBinder second = cb->asBinder();
     ASSERT_NE(second.get(), nullptr);
+    EXPECT_EQ(cb.use_count(), 2);
     EXPECT_EQ(ndk::ICInterface::asInterface(second.get()).get(), cb.get());
-    (void)first;
 }
 
 TEST(ICInterface, FromBinderRejectsOtherClassesAndNull) {
@@ -109,7 +111,8 @@ TEST(ParcelHelpers, StrongBinders) {
     ndk::SpAIBinder b;
     EXPECT_EQ(ndk::AParcel_readRequiredStrongBinder(parcel.get(), &b), STATUS_UNEXPECTED_NULL);
     ASSERT_EQ(ndk::AParcel_readNullableStrongBinder(parcel.get(), &b), STATUS_OK);
-    EXPECT_EQ(b.get(), cb->asBinder().get());
+    EXPECT_NE(b.get(), nullptr);
+    EXPECT_NE(ITroxCallback::fromBinder(b), nullptr);
 }
 
 TEST(ParcelHelpers, StringsAndIntArraysTable) {

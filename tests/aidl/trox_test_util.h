@@ -35,7 +35,9 @@ inline void putString(Bytes* b, const std::string& s) {
     b->insert(b->end(), units.begin(), units.end());
 }
 
-inline void putNull(Bytes* b) { put32(b, 0xFFFFFFFFu); }
+inline void putNull(Bytes* b) {
+    put32(b, 0xFFFFFFFFu);
+}
 
 inline Bytes marshal(const AParcel* parcel) {
     Bytes out(static_cast<size_t>(AParcel_getDataSize(parcel)));

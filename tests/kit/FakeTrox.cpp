@@ -87,45 +87,56 @@ ndk::ScopedAStatus FakeTrox::answerInt(RecordedCall call, int32_t* out) {
 }
 
 ndk::ScopedAStatus FakeTrox::reservedSlot1() {
-    if (auto failure = record({"reservedSlot1"})) return std::move(*failure);
+    if (auto failure = record(RecordedCall{"reservedSlot1"})) return std::move(*failure);
     return ndk::ScopedAStatus::ok();
 }
 
 ndk::ScopedAStatus FakeTrox::trox_init() {
-    if (auto failure = record({"trox_init"})) return std::move(*failure);
+    if (auto failure = record(RecordedCall{"trox_init"})) return std::move(*failure);
     return ndk::ScopedAStatus::ok();
 }
 
 ndk::ScopedAStatus FakeTrox::troxResCtlRequest(const TroxRequestParcel& request, int32_t* out) {
-    return answerInt({"troxResCtlRequest", request}, out);
+    RecordedCall call{"troxResCtlRequest"};
+    call.parcel = request;
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxResCtlRelease(int32_t handle, int32_t* out) {
-    return answerInt({"troxResCtlRelease", std::nullopt, {handle}}, out);
+    RecordedCall call{"troxResCtlRelease"};
+    call.ints = {handle};
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxResStateRequest(const TroxRequestParcel& request,
                                                  std::vector<TroxRequestData>* out) {
-    if (auto failure = record({"troxResStateRequest", request})) return std::move(*failure);
+    RecordedCall call{"troxResStateRequest"};
+    call.parcel = request;
+    if (auto failure = record(std::move(call))) return std::move(*failure);
     std::lock_guard<std::mutex> lock(mMutex);
     *out = mStateReply;
     return ndk::ScopedAStatus::ok();
 }
 
-ndk::ScopedAStatus FakeTrox::troxResListeningRegister(const TroxRequestParcel& request,
-                                                      const std::shared_ptr<ITroxCallback>& callback,
-                                                      int32_t* out) {
-    return answerInt({"troxResListeningRegister", request, {}, {}, {}, callback}, out);
+ndk::ScopedAStatus FakeTrox::troxResListeningRegister(
+        const TroxRequestParcel& request, const std::shared_ptr<ITroxCallback>& callback,
+        int32_t* out) {
+    RecordedCall call{"troxResListeningRegister"};
+    call.parcel = request;
+    call.callback = callback;
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxResListeningUnRegister(int32_t handle, int32_t* out) {
-    return answerInt({"troxResListeningUnRegister", std::nullopt, {handle}}, out);
+    RecordedCall call{"troxResListeningUnRegister"};
+    call.ints = {handle};
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxPropertyGet(const std::string& key, std::string* out) {
-    if (auto failure = record({"troxPropertyGet", std::nullopt, {}, {}, {key}})) {
-        return std::move(*failure);
-    }
+    RecordedCall call{"troxPropertyGet"};
+    call.texts = {key};
+    if (auto failure = record(std::move(call))) return std::move(*failure);
     std::lock_guard<std::mutex> lock(mMutex);
     *out = mPropertyValue;
     return ndk::ScopedAStatus::ok();
@@ -133,35 +144,49 @@ ndk::ScopedAStatus FakeTrox::troxPropertyGet(const std::string& key, std::string
 
 ndk::ScopedAStatus FakeTrox::troxPropertySet(const std::string& key, const std::string& value,
                                              int32_t* out) {
-    return answerInt({"troxPropertySet", std::nullopt, {}, {}, {key, value}}, out);
+    RecordedCall call{"troxPropertySet"};
+    call.texts = {key, value};
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxThermalListeningRegister(
         const std::vector<int32_t>& ids, const std::shared_ptr<ITroxCallback>& callback,
         int32_t* out) {
-    return answerInt({"troxThermalListeningRegister", std::nullopt, ids, {}, {}, callback}, out);
+    RecordedCall call{"troxThermalListeningRegister"};
+    call.ints = ids;
+    call.callback = callback;
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxThermalListeningUnregister(int32_t handle, int32_t* out) {
-    return answerInt({"troxThermalListeningUnregister", std::nullopt, {handle}}, out);
+    RecordedCall call{"troxThermalListeningUnregister"};
+    call.ints = {handle};
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::reservedSlot12() {
-    if (auto failure = record({"reservedSlot12"})) return std::move(*failure);
+    if (auto failure = record(RecordedCall{"reservedSlot12"})) return std::move(*failure);
     return ndk::ScopedAStatus::ok();
 }
 
 ndk::ScopedAStatus FakeTrox::setRelatedSysInfo(int32_t info, int32_t value, int32_t* out) {
-    return answerInt({"setRelatedSysInfo", std::nullopt, {info, value}}, out);
+    RecordedCall call{"setRelatedSysInfo"};
+    call.ints = {info, value};
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxRuleCtl(int32_t ruleId, int32_t status,
                                          const std::vector<TroxRequestData>& data, int32_t* out) {
-    return answerInt({"troxRuleCtl", std::nullopt, {ruleId, status}, data}, out);
+    RecordedCall call{"troxRuleCtl"};
+    call.ints = {ruleId, status};
+    call.data = data;
+    return answerInt(std::move(call), out);
 }
 
 ndk::ScopedAStatus FakeTrox::troxResCtlRequestOneWay(const TroxRequestParcel& request) {
-    if (auto failure = record({"troxResCtlRequestOneWay", request})) return std::move(*failure);
+    RecordedCall call{"troxResCtlRequestOneWay"};
+    call.parcel = request;
+    if (auto failure = record(std::move(call))) return std::move(*failure);
     return ndk::ScopedAStatus::ok();
 }
 

@@ -20,18 +20,20 @@ using ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 
 // Everything one call to the fake service carried, as the service side decoded it.
 struct RecordedCall {
+    explicit RecordedCall(std::string name = {}) : method(std::move(name)) {}
+
     std::string method;
     std::optional<TroxRequestParcel> parcel;
-    std::vector<int32_t> ints;            // handles, ids, rule id and status, info pair
-    std::vector<TroxRequestData> data;    // the data list of troxRuleCtl
-    std::vector<std::string> texts;       // property key and value
+    std::vector<int32_t> ints;                // handles, ids, rule id and status, info pair
+    std::vector<TroxRequestData> data;        // the data list of troxRuleCtl
+    std::vector<std::string> texts;           // property key and value
     std::shared_ptr<ITroxCallback> callback;  // the explicit callback argument
 };
 
 // An ITrox service for tests: records every call and answers what the test scripted. Unscripted
 // integer results are left unwritten, so the caller sees whatever it preset.
 class FakeTrox : public BnTrox {
-public:
+  public:
     using StatusMaker = std::function<ndk::ScopedAStatus()>;
 
     // Scripting.
@@ -49,7 +51,8 @@ public:
     RecordedCall lastCall() const;
     size_t callCount() const;
     // Waits until at least `count` calls were recorded.
-    bool waitForCalls(size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(5)) const;
+    bool waitForCalls(size_t count,
+                      std::chrono::milliseconds timeout = std::chrono::seconds(5)) const;
     void clearCalls();
 
     static ndk::ScopedAStatus serviceSpecificError();
@@ -77,7 +80,7 @@ public:
                                    const std::vector<TroxRequestData>& data, int32_t* out) override;
     ndk::ScopedAStatus troxResCtlRequestOneWay(const TroxRequestParcel& request) override;
 
-private:
+  private:
     // Records the call, waits while calls are held, and says how to answer.
     std::optional<ndk::ScopedAStatus> record(RecordedCall call);
     ndk::ScopedAStatus answerInt(RecordedCall call, int32_t* out);

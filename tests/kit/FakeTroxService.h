@@ -12,7 +12,7 @@ inline constexpr char kTroxInstance[] = "vendor.vexal.hardware.trox.ITrox/defaul
 // A FakeTrox published under the service's instance name, as a device service would publish
 // itself. Starts from an empty service manager and leaves one behind.
 class FakeTroxService {
-public:
+  public:
     enum class Start { kRunning, kDeclaredOnly, kNotDeclared };
 
     explicit FakeTroxService(Start start = Start::kRunning);
@@ -30,7 +30,7 @@ public:
     // kill() then start() with a fresh FakeTrox, as a restarted service would come back.
     void restart();
 
-private:
+  private:
     std::shared_ptr<FakeTrox> mFake;
 };
 

@@ -21,7 +21,7 @@ void PrintTo(const LogLine& line, std::ostream* os);
 // Captures every Android log line of the process while it lives (all priorities). One at a
 // time: liblog has a single logger slot.
 class LogCapture {
-public:
+  public:
     LogCapture();
     ~LogCapture();
     LogCapture(const LogCapture&) = delete;

@@ -32,7 +32,7 @@ inline bool pymConnected() {
 
 // Both connections start and end each test empty, as after library load.
 class LinkTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override { dropConnections(); }
     void TearDown() override { dropConnections(); }
     static void dropConnections() {

@@ -21,9 +21,10 @@ TEST_F(LinkTest, PymNotDeclaredFailsWithBothLines) {
     FakeTroxService service(FakeTroxService::Start::kNotDeclared);
     EXPECT_FALSE(pym::connectPymHal());
     EXPECT_EQ(logs.linesWithTag(kPymTag),
-              (std::vector<LogLine>{
-                      {ANDROID_LOG_ERROR, kPymTag, "Trox is not declared, AServiceManager_isDeclared:0"},
-                      {ANDROID_LOG_ERROR, kPymTag, "pym_get_trox_hal_and_link_to_death error:-1"}}));
+              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kPymTag,
+                                     "Trox is not declared, AServiceManager_isDeclared:0"},
+                                    {ANDROID_LOG_ERROR, kPymTag,
+                                     "pym_get_trox_hal_and_link_to_death error:-1"}}));
 }
 
 TEST_F(LinkTest, PymDeclaredButNotRunningFailsAtOnce) {

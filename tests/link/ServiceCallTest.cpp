@@ -30,9 +30,10 @@ TEST_P(FailedCallTest, TroxFailureLogsAndDropsOnlyTheClientClassConnection) {
     EXPECT_EQ(out, -1);
     EXPECT_FALSE(troxConnected());
     EXPECT_TRUE(pymConnected());
-    EXPECT_EQ(logs.linesWithTag(kTroxTag),
-              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag,
-                                     "troxResCtlRequest() failed: trox HAL service not available"}}));
+    EXPECT_EQ(
+            logs.linesWithTag(kTroxTag),
+            (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag,
+                                   "troxResCtlRequest() failed: trox HAL service not available"}}));
 
     EXPECT_EQ(troxInit(), CallResult::kOk) << "the next call reconnects";
 }
@@ -57,24 +58,25 @@ TEST_P(FailedCallTest, PymFailureLogsAndDropsOnlyTheEventApiConnection) {
 
 INSTANTIATE_TEST_SUITE_P(
         Statuses, FailedCallTest,
-        ::testing::Values(
-                FailureCase{"ServiceSpecific", FakeTrox::serviceSpecificError},
-                FailureCase{"Exception",
-                            [] {
-                                return ndk::ScopedAStatus::fromExceptionCodeWithMessage(
-                                        EX_ILLEGAL_STATE, "busy");
-                            }},
-                FailureCase{"TransactionError",
-                            [] { return ndk::ScopedAStatus::fromStatus(STATUS_BAD_VALUE); }}),
+        ::testing::Values(FailureCase{"ServiceSpecific", FakeTrox::serviceSpecificError},
+                          FailureCase{"Exception",
+                                      [] {
+                                          return ndk::ScopedAStatus::fromExceptionCodeWithMessage(
+                                                  EX_ILLEGAL_STATE, "busy");
+                                      }},
+                          FailureCase{
+                                  "TransactionError",
+                                  [] { return ndk::ScopedAStatus::fromStatus(STATUS_BAD_VALUE); }}),
         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(LinkTest, FailureCanBeLeftToTheCaller) {
     FakeTroxService service;
     ASSERT_TRUE(pym::connectPymHal());
     service.fake().failNextCalls(1);
-    EXPECT_EQ(pym::callPymHal("x", [](link::ITrox& hal) { return hal.trox_init(); },
-                              link::OnFailure::kKeep),
-              CallResult::kFailed);
+    EXPECT_EQ(
+            pym::callPymHal(
+                    "x", [](link::ITrox& hal) { return hal.trox_init(); }, link::OnFailure::kKeep),
+            CallResult::kFailed);
     EXPECT_TRUE(pymConnected());
     EXPECT_TRUE(logs.linesWithTag(kPymTag).empty());
 }
@@ -109,9 +111,9 @@ TEST_F(LinkTest, TheServiceReceivesExactlyTheParcelThatWasSent) {
     service.fake().setIntResult("troxResCtlRequest", -7);
     TroxRequestParcel sent;
     sent.requestType = 12;
-    sent.requestData = {TroxRequestData{0x00000000FFFFFFFBLL, std::string("1"), std::nullopt,
-                                        std::nullopt},
-                        TroxRequestData{3, std::string(""), std::string("/p"), std::string("x")}};
+    sent.requestData = {
+            TroxRequestData{0x00000000FFFFFFFBLL, std::string("1"), std::nullopt, std::nullopt},
+            TroxRequestData{3, std::string(""), std::string("/p"), std::string("x")}};
     sent.flag = true;
     sent.param = -1;
     sent.pid = 4242;
@@ -123,9 +125,10 @@ TEST_F(LinkTest, TheServiceReceivesExactlyTheParcelThatWasSent) {
     sent.values = std::vector<int32_t>{5, 7};
 
     int32_t out = -1;
-    ASSERT_EQ(link::callTroxHal("troxResCtlRequest",
-                                [&](link::ITrox& hal) { return hal.troxResCtlRequest(sent, &out); }),
-              CallResult::kOk);
+    ASSERT_EQ(
+            link::callTroxHal("troxResCtlRequest",
+                              [&](link::ITrox& hal) { return hal.troxResCtlRequest(sent, &out); }),
+            CallResult::kOk);
     EXPECT_EQ(out, -7);
     ASSERT_TRUE(service.fake().lastCall().parcel.has_value());
     EXPECT_EQ(*service.fake().lastCall().parcel, sent);

@@ -1,8 +1,8 @@
 #include "LinkTestSupport.h"
 
 #include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
-#include <binder_host/service_control.h>
 #include <android/binder_manager.h>
+#include <binder_host/service_control.h>
 
 #include <chrono>
 #include <future>

@@ -69,7 +69,7 @@ struct AIBinder_Weak {
 namespace binder_impl {
 
 class LocalBinder : public AIBinder {
-public:
+  public:
     LocalBinder(const AIBinder_Class* clazz, void* args);
     ~LocalBinder() override;
 
@@ -85,12 +85,12 @@ public:
     std::mutex exportMutex;
     std::weak_ptr<RemoteObject> exported;
 
-private:
+  private:
     void* userData_;
 };
 
 class ProxyBinder : public AIBinder {
-public:
+  public:
     ProxyBinder(std::shared_ptr<RemoteObject> remote, int32_t stability);
     ~ProxyBinder() override;
 
@@ -102,7 +102,7 @@ public:
 
     const std::shared_ptr<RemoteObject>& remote() const { return remote_; }
 
-private:
+  private:
     const std::shared_ptr<RemoteObject> remote_;
 };
 

@@ -25,7 +25,7 @@ struct DeathLink {
 
 // The links of one remote object; transports embed one per object they hand out.
 class DeathLinkList {
-public:
+  public:
     binder_status_t add(DeathLink link);  // STATUS_DEAD_OBJECT once dead
     binder_status_t remove(const AIBinder* owner, const RecipientState* recipient, void* cookie,
                            DeathLink* removed);
@@ -33,7 +33,7 @@ public:
     // Returns the links to notify; empty if it was already dead.
     std::vector<DeathLink> markDead();
 
-private:
+  private:
     std::mutex mutex_;
     bool dead_ = false;
     std::vector<DeathLink> links_;
@@ -44,10 +44,5 @@ private:
 void deliverDeaths(std::vector<DeathLink> links);
 // Calls onUnlinked for links removed without a death, on the calling thread.
 void notifyUnlinked(const std::vector<DeathLink>& links);
-
-// Fault injection for AIBinder_linkToDeath; returns STATUS_OK when no fault is pending.
-binder_status_t takeInjectedLinkFailure();
-void injectLinkFailures(binder_status_t status, int count);
-void clearInjectedLinkFailures();
 
 }  // namespace binder_impl

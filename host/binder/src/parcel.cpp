@@ -18,7 +18,9 @@ namespace {
 
 constexpr size_t kMaxParcelSize = INT32_MAX;
 
-size_t pad4(size_t n) { return (n + 3) & ~static_cast<size_t>(3); }
+size_t pad4(size_t n) {
+    return (n + 3) & ~static_cast<size_t>(3);
+}
 
 size_t remaining(const AParcel* p) {
     return p->position <= p->data.size() ? p->data.size() - p->position : 0;
@@ -26,7 +28,7 @@ size_t remaining(const AParcel* p) {
 
 // Restores the read position unless the read completed.
 class ReadGuard {
-public:
+  public:
     explicit ReadGuard(const AParcel* p) : parcel_(p), saved_(p->position) {}
     ~ReadGuard() {
         if (!committed_) parcel_->position = saved_;
@@ -36,7 +38,7 @@ public:
         return STATUS_OK;
     }
 
-private:
+  private:
     const AParcel* parcel_;
     size_t saved_;
     bool committed_ = false;
@@ -183,9 +185,13 @@ binder_status_t readString16AsUtf8(const AParcel* parcel, std::string* out) {
 
 using namespace binder_impl;
 
-AParcel* AParcel_create() { return new AParcel(); }
+AParcel* AParcel_create() {
+    return new AParcel();
+}
 
-void AParcel_delete(AParcel* parcel) { delete parcel; }
+void AParcel_delete(AParcel* parcel) {
+    delete parcel;
+}
 
 binder_status_t AParcel_reset(AParcel* parcel) {
     if (parcel == nullptr) return STATUS_UNEXPECTED_NULL;
@@ -246,22 +252,52 @@ binder_status_t AParcel_appendFrom(const AParcel* from, AParcel* to, int32_t sta
     return STATUS_OK;
 }
 
-binder_status_t AParcel_writeInt32(AParcel* p, int32_t v) { return writeValue(p, v); }
-binder_status_t AParcel_writeUint32(AParcel* p, uint32_t v) { return writeValue(p, v); }
-binder_status_t AParcel_writeInt64(AParcel* p, int64_t v) { return writeValue(p, v); }
-binder_status_t AParcel_writeUint64(AParcel* p, uint64_t v) { return writeValue(p, v); }
-binder_status_t AParcel_writeFloat(AParcel* p, float v) { return writeValue(p, v); }
-binder_status_t AParcel_writeDouble(AParcel* p, double v) { return writeValue(p, v); }
-binder_status_t AParcel_writeBool(AParcel* p, bool v) { return writeValue<int32_t>(p, v ? 1 : 0); }
-binder_status_t AParcel_writeChar(AParcel* p, char16_t v) { return writeValue<int32_t>(p, v); }
-binder_status_t AParcel_writeByte(AParcel* p, int8_t v) { return writeValue<int32_t>(p, v); }
+binder_status_t AParcel_writeInt32(AParcel* p, int32_t v) {
+    return writeValue(p, v);
+}
+binder_status_t AParcel_writeUint32(AParcel* p, uint32_t v) {
+    return writeValue(p, v);
+}
+binder_status_t AParcel_writeInt64(AParcel* p, int64_t v) {
+    return writeValue(p, v);
+}
+binder_status_t AParcel_writeUint64(AParcel* p, uint64_t v) {
+    return writeValue(p, v);
+}
+binder_status_t AParcel_writeFloat(AParcel* p, float v) {
+    return writeValue(p, v);
+}
+binder_status_t AParcel_writeDouble(AParcel* p, double v) {
+    return writeValue(p, v);
+}
+binder_status_t AParcel_writeBool(AParcel* p, bool v) {
+    return writeValue<int32_t>(p, v ? 1 : 0);
+}
+binder_status_t AParcel_writeChar(AParcel* p, char16_t v) {
+    return writeValue<int32_t>(p, v);
+}
+binder_status_t AParcel_writeByte(AParcel* p, int8_t v) {
+    return writeValue<int32_t>(p, v);
+}
 
-binder_status_t AParcel_readInt32(const AParcel* p, int32_t* v) { return readValue(p, v); }
-binder_status_t AParcel_readUint32(const AParcel* p, uint32_t* v) { return readValue(p, v); }
-binder_status_t AParcel_readInt64(const AParcel* p, int64_t* v) { return readValue(p, v); }
-binder_status_t AParcel_readUint64(const AParcel* p, uint64_t* v) { return readValue(p, v); }
-binder_status_t AParcel_readFloat(const AParcel* p, float* v) { return readValue(p, v); }
-binder_status_t AParcel_readDouble(const AParcel* p, double* v) { return readValue(p, v); }
+binder_status_t AParcel_readInt32(const AParcel* p, int32_t* v) {
+    return readValue(p, v);
+}
+binder_status_t AParcel_readUint32(const AParcel* p, uint32_t* v) {
+    return readValue(p, v);
+}
+binder_status_t AParcel_readInt64(const AParcel* p, int64_t* v) {
+    return readValue(p, v);
+}
+binder_status_t AParcel_readUint64(const AParcel* p, uint64_t* v) {
+    return readValue(p, v);
+}
+binder_status_t AParcel_readFloat(const AParcel* p, float* v) {
+    return readValue(p, v);
+}
+binder_status_t AParcel_readDouble(const AParcel* p, double* v) {
+    return readValue(p, v);
+}
 
 binder_status_t AParcel_readBool(const AParcel* p, bool* v) {
     int32_t raw = 0;
@@ -338,8 +374,7 @@ binder_status_t AParcel_readStringArray(const AParcel* parcel, void* arrayData,
     return guard.commit();
 }
 
-binder_status_t AParcel_writeParcelableArray(AParcel* parcel, const void* arrayData,
-                                             int32_t length,
+binder_status_t AParcel_writeParcelableArray(AParcel* parcel, const void* arrayData, int32_t length,
                                              AParcel_writeParcelableElement elementWriter) {
     if (parcel == nullptr) return STATUS_UNEXPECTED_NULL;
     if (length < -1 || (length > 0 && elementWriter == nullptr)) return STATUS_BAD_VALUE;
@@ -404,7 +439,8 @@ binder_status_t AParcel_writeBoolArray(AParcel* parcel, const void* arrayData, i
     if (length < -1 || (length > 0 && getter == nullptr)) return STATUS_BAD_VALUE;
     if (binder_status_t s = writeValue<int32_t>(parcel, length); s != STATUS_OK) return s;
     for (int32_t i = 0; i < length; ++i) {
-        if (binder_status_t s = AParcel_writeBool(parcel, getter(arrayData, static_cast<size_t>(i)));
+        if (binder_status_t s =
+                    AParcel_writeBool(parcel, getter(arrayData, static_cast<size_t>(i)));
             s != STATUS_OK) {
             return s;
         }
@@ -423,22 +459,19 @@ binder_status_t AParcel_writeByteArray(AParcel* parcel, const int8_t* arrayData,
 binder_status_t AParcel_readInt32Array(const AParcel* p, void* d, AParcel_int32ArrayAllocator a) {
     return readArray(p, d, a);
 }
-binder_status_t AParcel_readUint32Array(const AParcel* p, void* d,
-                                        AParcel_uint32ArrayAllocator a) {
+binder_status_t AParcel_readUint32Array(const AParcel* p, void* d, AParcel_uint32ArrayAllocator a) {
     return readArray(p, d, a);
 }
 binder_status_t AParcel_readInt64Array(const AParcel* p, void* d, AParcel_int64ArrayAllocator a) {
     return readArray(p, d, a);
 }
-binder_status_t AParcel_readUint64Array(const AParcel* p, void* d,
-                                        AParcel_uint64ArrayAllocator a) {
+binder_status_t AParcel_readUint64Array(const AParcel* p, void* d, AParcel_uint64ArrayAllocator a) {
     return readArray(p, d, a);
 }
 binder_status_t AParcel_readFloatArray(const AParcel* p, void* d, AParcel_floatArrayAllocator a) {
     return readArray(p, d, a);
 }
-binder_status_t AParcel_readDoubleArray(const AParcel* p, void* d,
-                                        AParcel_doubleArrayAllocator a) {
+binder_status_t AParcel_readDoubleArray(const AParcel* p, void* d, AParcel_doubleArrayAllocator a) {
     return readArray(p, d, a);
 }
 binder_status_t AParcel_readCharArray(const AParcel* p, void* d, AParcel_charArrayAllocator a) {
@@ -497,8 +530,7 @@ binder_status_t AParcel_writeStrongBinder(AParcel* parcel, AIBinder* binder) {
     if (remote == nullptr) return STATUS_BAD_VALUE;
     if (binder_status_t s = writeValue<int32_t>(parcel, 1); s != STATUS_OK) return s;
     if (binder_status_t s = writeValue<uint64_t>(parcel, remote->id()); s != STATUS_OK) return s;
-    if (binder_status_t s = writeValue<int32_t>(parcel, binder->stability.load());
-        s != STATUS_OK) {
+    if (binder_status_t s = writeValue<int32_t>(parcel, binder->stability.load()); s != STATUS_OK) {
         return s;
     }
     parcel->objects.push_back(std::move(remote));

@@ -14,7 +14,7 @@ namespace binder_impl {
 // out the same RemoteObject for the same object while any reference to it is alive, so the
 // proxy table can key on its address.
 class RemoteObject {
-public:
+  public:
     virtual ~RemoteObject() = default;
     virtual uint64_t id() const = 0;
     virtual std::string descriptor() const = 0;
@@ -29,7 +29,7 @@ public:
 
 // How local objects are exported and how object ids read from a parcel are resolved.
 class Transport {
-public:
+  public:
     virtual ~Transport() = default;
     // Local binders only; returns the live export of that binder, creating one if needed.
     virtual std::shared_ptr<RemoteObject> exportLocal(AIBinder* local) = 0;

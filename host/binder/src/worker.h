@@ -10,7 +10,7 @@ namespace binder_impl {
 
 // One kit-owned thread running tasks in FIFO order; started on first use.
 class Worker {
-public:
+  public:
     Worker() = default;
     ~Worker();
     Worker(const Worker&) = delete;
@@ -19,11 +19,11 @@ public:
     void post(std::function<void()> task);
     // Returns once every task posted before the call has run. No-op on the worker itself.
     void drain();
-    // Finishes queued tasks and joins; a later post starts a new thread.
-    void stop();
+    // Runs what is queued, joins the thread and drops later posts.
+    void shutdown();
     bool onWorkerThread() const;
 
-private:
+  private:
     void run();
 
     mutable std::mutex mutex_;
@@ -31,7 +31,6 @@ private:
     std::deque<std::function<void()>> queue_;
     std::thread thread_;
     std::thread::id threadId_;
-    bool stopping_ = false;
     bool shutDown_ = false;
     bool busy_ = false;
 };

@@ -13,7 +13,7 @@ namespace ndk {
 
 // Owns one strong reference.
 class SpAIBinder {
-public:
+  public:
     SpAIBinder() : mBinder(nullptr) {}
     SpAIBinder(std::nullptr_t) : SpAIBinder() {}  // NOLINT: implicit like a pointer
     // Adopts the reference the caller already owns.
@@ -57,7 +57,7 @@ public:
     bool operator>(const SpAIBinder& rhs) const { return mBinder > rhs.mBinder; }
     bool operator>=(const SpAIBinder& rhs) const { return mBinder >= rhs.mBinder; }
 
-private:
+  private:
     AIBinder* mBinder;
 };
 
@@ -66,7 +66,7 @@ namespace impl {
 // Move-only owner of a C handle released by Destroy.
 template <typename T, void (*Destroy)(T), T DEFAULT>
 class ScopedAResource {
-public:
+  public:
     explicit ScopedAResource(T a = DEFAULT) : mT(a) {}
     ~ScopedAResource() { reset(); }
     ScopedAResource(const ScopedAResource&) = delete;
@@ -91,21 +91,21 @@ public:
         return a;
     }
 
-private:
+  private:
     T mT;
 };
 
 }  // namespace impl
 
 class ScopedAParcel : public impl::ScopedAResource<AParcel*, AParcel_delete, nullptr> {
-public:
+  public:
     explicit ScopedAParcel(AParcel* a = nullptr) : ScopedAResource(a) {}
     ScopedAParcel(ScopedAParcel&&) = default;
     ScopedAParcel& operator=(ScopedAParcel&&) = default;
 };
 
 class ScopedAStatus : public impl::ScopedAResource<AStatus*, AStatus_delete, nullptr> {
-public:
+  public:
     explicit ScopedAStatus(AStatus* a = nullptr) : ScopedAResource(a) {}
     ScopedAStatus(ScopedAStatus&&) = default;
     ScopedAStatus& operator=(ScopedAStatus&&) = default;
@@ -156,7 +156,7 @@ inline std::ostream& operator<<(std::ostream& os, const ScopedAStatus& status) {
 class ScopedAIBinder_DeathRecipient
     : public impl::ScopedAResource<AIBinder_DeathRecipient*, AIBinder_DeathRecipient_delete,
                                    nullptr> {
-public:
+  public:
     explicit ScopedAIBinder_DeathRecipient(AIBinder_DeathRecipient* a = nullptr)
         : ScopedAResource(a) {}
     ScopedAIBinder_DeathRecipient(ScopedAIBinder_DeathRecipient&&) = default;
@@ -165,7 +165,7 @@ public:
 
 class ScopedAIBinder_Weak
     : public impl::ScopedAResource<AIBinder_Weak*, AIBinder_Weak_delete, nullptr> {
-public:
+  public:
     explicit ScopedAIBinder_Weak(AIBinder_Weak* a = nullptr) : ScopedAResource(a) {}
     ScopedAIBinder_Weak(ScopedAIBinder_Weak&&) = default;
     ScopedAIBinder_Weak& operator=(ScopedAIBinder_Weak&&) = default;
@@ -180,7 +180,7 @@ inline void closeWithError(int fd) {
 }  // namespace internal
 
 class ScopedFileDescriptor : public impl::ScopedAResource<int, internal::closeWithError, -1> {
-public:
+  public:
     explicit ScopedFileDescriptor(int a = -1) : ScopedAResource(a) {}
     ScopedFileDescriptor(ScopedFileDescriptor&&) = default;
     ScopedFileDescriptor& operator=(ScopedFileDescriptor&&) = default;

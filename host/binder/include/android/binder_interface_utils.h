@@ -92,6 +92,8 @@ class ICInterface : public SharedRefBase {
         static inline std::shared_ptr<ICInterface> getInterface(AIBinder* binder);
         static inline void* onCreate(void* args);
         static inline void onDestroy(void* userData);
+        static inline binder_status_t onDump(AIBinder* binder, int fd, const char** args,
+                                             uint32_t numArgs);
     };
 };
 
@@ -140,8 +142,10 @@ std::shared_ptr<ICInterface> ICInterface::asInterface(AIBinder* binder) {
 
 AIBinder_Class* ICInterface::defineClass(const char* interfaceDescriptor,
                                          AIBinder_Class_onTransact onTransact) {
-    return AIBinder_Class_define(interfaceDescriptor, ICInterfaceData::onCreate,
-                                 ICInterfaceData::onDestroy, onTransact);
+    AIBinder_Class* clazz = AIBinder_Class_define(interfaceDescriptor, ICInterfaceData::onCreate,
+                                                  ICInterfaceData::onDestroy, onTransact);
+    if (clazz != nullptr) AIBinder_Class_setOnDump(clazz, ICInterfaceData::onDump);
+    return clazz;
 }
 
 std::shared_ptr<ICInterface> ICInterface::ICInterfaceData::getInterface(AIBinder* binder) {
@@ -159,6 +163,13 @@ void* ICInterface::ICInterfaceData::onCreate(void* args) {
 
 void ICInterface::ICInterfaceData::onDestroy(void* userData) {
     delete static_cast<ICInterfaceData*>(userData);
+}
+
+binder_status_t ICInterface::ICInterfaceData::onDump(AIBinder* binder, int fd, const char** args,
+                                                     uint32_t numArgs) {
+    std::shared_ptr<ICInterface> interface = getInterface(binder);
+    if (interface == nullptr) return STATUS_UNEXPECTED_NULL;
+    return interface->dump(fd, args, numArgs);
 }
 
 template <typename INTERFACE>

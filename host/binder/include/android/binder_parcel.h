@@ -38,7 +38,7 @@ typedef bool (*AParcel_stringArrayAllocator)(void* arrayData, int32_t length);
 typedef bool (*AParcel_stringArrayElementAllocator)(void* arrayData, size_t index, int32_t length,
                                                     char** buffer);
 typedef const char* (*AParcel_stringArrayElementGetter)(const void* arrayData, size_t index,
-                                                         int32_t* outLength);
+                                                        int32_t* outLength);
 
 typedef bool (*AParcel_parcelableArrayAllocator)(void* arrayData, int32_t length);
 typedef binder_status_t (*AParcel_writeParcelableElement)(AParcel* parcel, const void* arrayData,
@@ -47,11 +47,9 @@ typedef binder_status_t (*AParcel_readParcelableElement)(const AParcel* parcel, 
                                                          size_t index);
 
 typedef bool (*AParcel_int32ArrayAllocator)(void* arrayData, int32_t length, int32_t** outBuffer);
-typedef bool (*AParcel_uint32ArrayAllocator)(void* arrayData, int32_t length,
-                                             uint32_t** outBuffer);
+typedef bool (*AParcel_uint32ArrayAllocator)(void* arrayData, int32_t length, uint32_t** outBuffer);
 typedef bool (*AParcel_int64ArrayAllocator)(void* arrayData, int32_t length, int64_t** outBuffer);
-typedef bool (*AParcel_uint64ArrayAllocator)(void* arrayData, int32_t length,
-                                             uint64_t** outBuffer);
+typedef bool (*AParcel_uint64ArrayAllocator)(void* arrayData, int32_t length, uint64_t** outBuffer);
 typedef bool (*AParcel_floatArrayAllocator)(void* arrayData, int32_t length, float** outBuffer);
 typedef bool (*AParcel_doubleArrayAllocator)(void* arrayData, int32_t length, double** outBuffer);
 typedef bool (*AParcel_charArrayAllocator)(void* arrayData, int32_t length, char16_t** outBuffer);
@@ -83,8 +81,7 @@ binder_status_t AParcel_readStringArray(const AParcel* parcel, void* arrayData,
                                         AParcel_stringArrayAllocator allocator,
                                         AParcel_stringArrayElementAllocator elementAllocator);
 
-binder_status_t AParcel_writeParcelableArray(AParcel* parcel, const void* arrayData,
-                                             int32_t length,
+binder_status_t AParcel_writeParcelableArray(AParcel* parcel, const void* arrayData, int32_t length,
                                              AParcel_writeParcelableElement elementWriter);
 binder_status_t AParcel_readParcelableArray(const AParcel* parcel, void* arrayData,
                                             AParcel_parcelableArrayAllocator allocator,

@@ -6,12 +6,12 @@ namespace android {
 
 // Only the calling-identity queries that vendor code uses.
 class IPCThreadState {
-public:
+  public:
     static IPCThreadState* self();
     pid_t getCallingPid() const;
     uid_t getCallingUid() const;
 
-private:
+  private:
     IPCThreadState() = default;
 };
 

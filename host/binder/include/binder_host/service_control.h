@@ -21,6 +21,10 @@ bool killService(const std::string& instance);
 // The next count calls to AIBinder_linkToDeath fail with status.
 void failNextLinkToDeath(binder_status_t status, int count = 1);
 
+// The next count transactions on any proxy fail with status before reaching the service, as a
+// broken transport would make them fail; one-way calls included.
+void failNextTransactions(binder_status_t status, int count = 1);
+
 // Drops every service, declaration and injected fault, and lets queued one-way calls and death
 // notifications finish first.
 void resetServiceManager();

@@ -1,0 +1,130 @@
+#include <android/binder_ibinder.h>
+
+#include <future>
+#include <mutex>
+
+#include "binder_internal.h"
+#include "calling_context.h"
+#include "death.h"
+#include "fault_injection.h"
+#include "worker.h"
+
+struct AIBinder_DeathRecipient {
+    std::shared_ptr<binder_impl::RecipientState> state;
+};
+
+namespace binder_impl {
+namespace {
+
+}  // namespace
+
+binder_status_t DeathLinkList::add(DeathLink link) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (dead_) return STATUS_DEAD_OBJECT;
+    links_.push_back(std::move(link));
+    return STATUS_OK;
+}
+
+binder_status_t DeathLinkList::remove(const AIBinder* owner, const RecipientState* recipient,
+                                      void* cookie, DeathLink* removed) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (auto it = links_.begin(); it != links_.end(); ++it) {
+        if (it->owner == owner && it->recipient.get() == recipient && it->cookie == cookie) {
+            *removed = std::move(*it);
+            links_.erase(it);
+            return STATUS_OK;
+        }
+    }
+    return dead_ ? STATUS_DEAD_OBJECT : STATUS_NAME_NOT_FOUND;
+}
+
+std::vector<DeathLink> DeathLinkList::removeOwner(const AIBinder* owner) {
+    std::vector<DeathLink> removed;
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (auto it = links_.begin(); it != links_.end();) {
+        if (it->owner == owner) {
+            removed.push_back(std::move(*it));
+            it = links_.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    return removed;
+}
+
+std::vector<DeathLink> DeathLinkList::markDead() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (dead_) return {};
+    dead_ = true;
+    return std::move(links_);
+}
+
+void deliverDeaths(std::vector<DeathLink> links) {
+    if (links.empty()) return;
+    auto done = std::make_shared<std::promise<void>>();
+    std::future<void> finished = done->get_future();
+    // Waiting while serving a call, or from a handler, could wait on ourselves.
+    const bool wait = !isServingTransaction() && !deathNotifier().onWorkerThread();
+    deathNotifier().post([links = std::move(links), done] {
+        for (const DeathLink& link : links) {
+            if (link.recipient->deleted.load()) continue;
+            link.recipient->onDied(link.cookie);
+            auto onUnlinked = link.recipient->onUnlinked.load();
+            if (onUnlinked != nullptr && !link.recipient->deleted.load()) onUnlinked(link.cookie);
+        }
+        done->set_value();
+    });
+    if (wait) finished.wait();
+}
+
+void notifyUnlinked(const std::vector<DeathLink>& links) {
+    for (const DeathLink& link : links) {
+        auto onUnlinked = link.recipient->onUnlinked.load();
+        if (onUnlinked != nullptr && !link.recipient->deleted.load()) onUnlinked(link.cookie);
+    }
+}
+
+}  // namespace binder_impl
+
+using namespace binder_impl;
+
+AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
+        AIBinder_DeathRecipient_onBinderDied onBinderDied) {
+    if (onBinderDied == nullptr) return nullptr;
+    return new AIBinder_DeathRecipient{std::make_shared<RecipientState>(onBinderDied)};
+}
+
+void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
+                                           AIBinder_DeathRecipient_onBinderUnlinked onUnlinked) {
+    if (recipient != nullptr) recipient->state->onUnlinked = onUnlinked;
+}
+
+void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
+    if (recipient == nullptr) return;
+    // Links still name the state; marking it is what unlinks them.
+    recipient->state->deleted = true;
+    delete recipient;
+}
+
+binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
+                                     void* cookie) {
+    if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
+    if (binder_status_t injected = linkToDeathFault().take(); injected != STATUS_OK) {
+        return injected;
+    }
+    ProxyBinder* proxy = binder->asProxy();
+    if (proxy == nullptr) return STATUS_INVALID_OPERATION;
+    return proxy->remote()->deathLinks().add(DeathLink{recipient->state, cookie, binder});
+}
+
+binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
+                                       void* cookie) {
+    if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
+    ProxyBinder* proxy = binder->asProxy();
+    if (proxy == nullptr) return STATUS_INVALID_OPERATION;
+    DeathLink removed;
+    binder_status_t status =
+            proxy->remote()->deathLinks().remove(binder, recipient->state.get(), cookie, &removed);
+    if (status == STATUS_OK) notifyUnlinked({removed});
+    return status;
+}

@@ -1,0 +1,152 @@
+#pragma once
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_parcel.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace binder_test {
+
+inline std::vector<uint8_t> bytesOf(const AParcel* parcel) {
+    std::vector<uint8_t> out(static_cast<size_t>(AParcel_getDataSize(parcel)));
+    if (AParcel_marshal(parcel, out.data(), 0, out.size()) != STATUS_OK) out.clear();
+    return out;
+}
+
+inline ndk::ScopedAParcel parcelOf(const std::vector<uint8_t>& bytes) {
+    ndk::ScopedAParcel parcel(AParcel_create());
+    AParcel_unmarshal(parcel.get(), bytes.data(), bytes.size());
+    return parcel;
+}
+
+inline bool allocString(void* data, int32_t length, char** buffer) {
+    auto* out = static_cast<std::optional<std::string>*>(data);
+    if (length < 0) {
+        out->reset();
+        return true;
+    }
+    out->emplace(static_cast<size_t>(length), '\0');
+    *buffer = out->value().data();
+    return true;
+}
+
+// Reads a nullable string; trailing NUL stripped.
+inline binder_status_t readString(const AParcel* parcel, std::optional<std::string>* out) {
+    binder_status_t status = AParcel_readString(parcel, out, allocString);
+    if (status == STATUS_OK && out->has_value()) out->value().pop_back();
+    return status;
+}
+
+inline binder_status_t writeString(AParcel* parcel, const std::string& s) {
+    return AParcel_writeString(parcel, s.data(), static_cast<int32_t>(s.size()));
+}
+
+// State shared between a test and its echo service object.
+struct EchoState {
+    std::mutex mutex;
+    std::condition_variable cv;
+    bool released = false;
+    bool blockedCallStarted = false;
+    std::vector<int32_t> received;
+    std::atomic<int> calls{0};
+    std::atomic<bool> destroyed{false};
+    pid_t lastCallingPid = 0;
+};
+
+enum : transaction_code_t {
+    kEcho = FIRST_CALL_TRANSACTION,  // string in, same string out
+    kRecord,                         // int32 appended to EchoState::received
+    kBlock,                          // waits until EchoState::released
+    kCallBack,                       // binder + string in: echoes the string through the binder
+    kFail,                           // answers STATUS_PERMISSION_DENIED
+};
+
+constexpr const char* kEchoDescriptor = "test.vexal.IEcho";
+
+inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, const AParcel* in,
+                                    AParcel* out);
+
+inline const AIBinder_Class* echoClass() {
+    static const AIBinder_Class* clazz = AIBinder_Class_define(
+            kEchoDescriptor, [](void* args) { return args; },
+            [](void* userData) { static_cast<EchoState*>(userData)->destroyed = true; },
+            echoTransact);
+    return clazz;
+}
+
+inline ndk::SpAIBinder newEcho(EchoState* state) {
+    return ndk::SpAIBinder(AIBinder_new(echoClass(), state));
+}
+
+// A client call of kEcho; the binder must have the echo class associated.
+inline binder_status_t callEcho(AIBinder* binder, const std::string& text,
+                                std::optional<std::string>* reply) {
+    AParcel* in = nullptr;
+    if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
+    writeString(in, text);
+    ndk::ScopedAParcel out;
+    binder_status_t s = AIBinder_transact(binder, kEcho, &in, out.getR(), 0);
+    if (s != STATUS_OK) return s;
+    return readString(out.get(), reply);
+}
+
+inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, const AParcel* in,
+                                    AParcel* out) {
+    auto* state = static_cast<EchoState*>(AIBinder_getUserData(binder));
+    state->calls++;
+    switch (code) {
+        case kEcho: {
+            std::optional<std::string> text;
+            if (binder_status_t s = readString(in, &text); s != STATUS_OK) return s;
+            {
+                std::lock_guard<std::mutex> lock(state->mutex);
+                state->lastCallingPid = AIBinder_getCallingPid();
+            }
+            return text ? writeString(out, *text) : AParcel_writeString(out, nullptr, -1);
+        }
+        case kRecord: {
+            int32_t value = 0;
+            if (binder_status_t s = AParcel_readInt32(in, &value); s != STATUS_OK) return s;
+            std::lock_guard<std::mutex> lock(state->mutex);
+            state->received.push_back(value);
+            state->cv.notify_all();
+            return STATUS_OK;
+        }
+        case kBlock: {
+            std::unique_lock<std::mutex> lock(state->mutex);
+            state->blockedCallStarted = true;
+            state->cv.notify_all();
+            state->cv.wait(lock, [state] { return state->released; });
+            return STATUS_OK;
+        }
+        case kCallBack: {
+            ndk::SpAIBinder target;
+            if (binder_status_t s = AParcel_readStrongBinder(in, target.getR()); s != STATUS_OK) {
+                return s;
+            }
+            std::optional<std::string> text;
+            if (binder_status_t s = readString(in, &text); s != STATUS_OK) return s;
+            if (target.get() == nullptr) return STATUS_UNEXPECTED_NULL;
+            AParcel_writeBool(out, AIBinder_isRemote(target.get()));
+            if (!AIBinder_associateClass(target.get(), echoClass())) return STATUS_BAD_TYPE;
+            std::optional<std::string> echoed;
+            if (binder_status_t s = callEcho(target.get(), *text, &echoed); s != STATUS_OK) {
+                return s;
+            }
+            return writeString(out, echoed.value_or("<null>"));
+        }
+        case kFail:
+            return STATUS_PERMISSION_DENIED;
+        default:
+            return STATUS_UNKNOWN_TRANSACTION;
+    }
+}
+
+}  // namespace binder_test
