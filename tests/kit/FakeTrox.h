@@ -30,8 +30,8 @@ struct RecordedCall {
     std::shared_ptr<ITroxCallback> callback;  // the explicit callback argument
 };
 
-// An ITrox service for tests: records every call and answers what the test scripted. Unscripted
-// integer results are left unwritten, so the caller sees whatever it preset.
+// An ITrox service for tests: records every call and answers what the test scripted. An integer
+// result that was not scripted is left unwritten, which a caller across binder receives as 0.
 class FakeTrox : public BnTrox {
   public:
     using StatusMaker = std::function<ndk::ScopedAStatus()>;

@@ -163,10 +163,13 @@ TEST_F(PymTest, ReleaseSendsTheHandleUnchecked) {
 class KillOnResourceLine {
 public:
     explicit KillOnResourceLine(FakeTroxService& service) {
-        std::lock_guard<std::mutex> lock(sMutex);
-        sService = &service;
-        sKilled = false;
-        sLines.clear();
+        {
+            std::lock_guard<std::mutex> lock(sMutex);
+            sService = &service;
+            sKilled = false;
+            sLines.clear();
+        }
+        // Outside the lock: liblog holds its own lock while it calls the logger.
         __android_log_set_logger(&KillOnResourceLine::log);
     }
     ~KillOnResourceLine() {

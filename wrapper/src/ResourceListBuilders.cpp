@@ -2,6 +2,7 @@
 #include "pym.h"
 
 #include <iterator>
+#include <utility>
 
 using PymClient::Resource;
 
@@ -21,7 +22,8 @@ constexpr size_t kAdpTableSize = std::size(opCodeAdpXpuCoreBoost);
 template <size_t N>
 void addAt(std::vector<Resource>& list, const uint32_t (&table)[N], size_t position,
            std::string value) {
-    if (position < N) list.push_back(PymResourceInfo(static_cast<int32_t>(table[position]), value));
+    if (position < N)
+        list.push_back(PymResourceInfo(static_cast<int32_t>(table[position]), std::move(value)));
 }
 
 }  // namespace

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "trox_sim/ResourceModel.h"
+
+namespace sim {
+
+struct ActionSpec {
+    int32_t id = 0;
+    std::string name;
+    std::vector<Setting> settings;
+};
+
+struct ScenarioSpec {
+    int32_t id = 0;
+    std::string name;
+    std::vector<Setting> settings;
+};
+
+struct RuleSpec {
+    int32_t id = 0;
+    std::string name;
+    // What the rule sets while it has a status; status 0 (off) never sets anything.
+    std::map<int32_t, std::vector<Setting>> statuses;
+};
+
+struct Config {
+    std::vector<ResourceSpec> resources;
+    std::map<int32_t, ActionSpec> actions;
+    std::map<int32_t, ScenarioSpec> scenarios;
+    std::map<int32_t, RuleSpec> rules;
+    std::map<std::string, std::string> properties;
+    std::map<int32_t, std::string> powerModes;
+    std::map<int32_t, std::string> features;
+    std::vector<std::pair<int32_t, std::string>> dataset;
+    std::string powerConsistency = "100";
+    size_t historySize = 64;
+    bool historyEnabled = true;
+};
+
+class ConfigError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+// Parses and checks a configuration; throws ConfigError naming what is wrong and where.
+Config parseConfig(const std::string& jsonText);
+Config loadConfigFile(const std::string& path);
+// The configuration shipped in sim/config/default.json, built into the library.
+const std::string& defaultConfigText();
+Config defaultConfig();
+
+}  // namespace sim

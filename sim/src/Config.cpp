@@ -1,0 +1,236 @@
+#include "trox_sim/Config.h"
+
+#include <fstream>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <sstream>
+
+namespace sim {
+namespace {
+
+using nlohmann::json;
+
+[[noreturn]] void fail(const std::string& where, const std::string& what) {
+    throw ConfigError(where + ": " + what);
+}
+
+int64_t toInt64(const json& v, const std::string& where) {
+    if (v.is_number_integer()) return v.get<int64_t>();
+    if (v.is_string()) {
+        const std::string s = v.get<std::string>();
+        try {
+            size_t used = 0;
+            const long long n = std::stoll(s, &used, 0);
+            if (used == s.size() && !s.empty()) return n;
+        } catch (const std::exception&) {
+        }
+        fail(where, "'" + s + "' is not an integer");
+    }
+    fail(where, "expected an integer or an integer text, got " + v.dump());
+}
+
+int32_t toId(const json& v, const std::string& where) {
+    const int64_t n = toInt64(v, where);
+    // Hex ids above 0x7fffffff are written as unsigned 32-bit numbers.
+    if (n < std::numeric_limits<int32_t>::min() || n > std::numeric_limits<uint32_t>::max()) {
+        fail(where, "id out of 32-bit range");
+    }
+    return static_cast<int32_t>(static_cast<uint32_t>(n));
+}
+
+const json& member(const json& obj, const char* key, const std::string& where) {
+    auto it = obj.find(key);
+    if (it == obj.end()) fail(where, std::string("missing \"") + key + "\"");
+    return *it;
+}
+
+std::string text(const json& v, const std::string& where) {
+    if (v.is_string()) return v.get<std::string>();
+    if (v.is_number_integer()) return std::to_string(v.get<int64_t>());
+    fail(where, "expected a text, got " + v.dump());
+}
+
+std::vector<Setting> settings(const json& arr, const std::map<int32_t, ResourceSpec>& resources,
+                              const std::map<std::string, int32_t>& paths,
+                              const std::string& where) {
+    if (!arr.is_array()) fail(where, "expected an array of settings");
+    std::vector<Setting> out;
+    for (size_t i = 0; i < arr.size(); ++i) {
+        const std::string at = where + "[" + std::to_string(i) + "]";
+        const json& s = arr[i];
+        if (!s.is_object()) fail(at, "expected an object");
+        Setting setting;
+        const json& res = member(s, "resource", at);
+        if (res.is_string() && !res.get<std::string>().empty() && res.get<std::string>()[0] == '/') {
+            auto p = paths.find(res.get<std::string>());
+            if (p == paths.end()) fail(at, "unknown resource path " + res.get<std::string>());
+            setting.id = p->second;
+        } else {
+            setting.id = toId(res, at + ".resource");
+            if (resources.count(setting.id) == 0) fail(at, "unknown resource " + res.dump());
+        }
+        setting.value = toInt64(member(s, "value", at), at + ".value");
+        out.push_back(setting);
+    }
+    return out;
+}
+
+template <typename Fn>
+void eachIn(const json& root, const char* key, Fn fn) {
+    auto it = root.find(key);
+    if (it == root.end()) return;
+    if (!it->is_array()) fail(key, "expected an array");
+    for (size_t i = 0; i < it->size(); ++i) {
+        const std::string at = std::string(key) + "[" + std::to_string(i) + "]";
+        if (!(*it)[i].is_object()) fail(at, "expected an object");
+        fn((*it)[i], at);
+    }
+}
+
+std::map<int32_t, std::string> numberTable(const json& root, const char* key) {
+    std::map<int32_t, std::string> out;
+    auto it = root.find(key);
+    if (it == root.end()) return out;
+    if (!it->is_object()) fail(key, "expected an object of id to status");
+    for (const auto& [k, v] : it->items()) {
+        const std::string at = std::string(key) + "." + k;
+        out[toId(json(k), at)] = std::to_string(toInt64(v, at));
+    }
+    return out;
+}
+
+}  // namespace
+
+Config parseConfig(const std::string& jsonText) {
+    json root;
+    try {
+        root = json::parse(jsonText);
+    } catch (const json::parse_error& e) {
+        throw ConfigError(std::string("not valid JSON: ") + e.what());
+    }
+    if (!root.is_object()) throw ConfigError("the configuration must be a JSON object");
+    static const std::set<std::string> known = {
+            "resources", "actions", "scenarios", "rules", "properties", "power_modes",
+            "features", "dataset", "power_consistency", "history", "device"};
+    for (const auto& [k, v] : root.items()) {
+        if (known.count(k) == 0) fail(k, "unknown section");
+    }
+
+    Config config;
+    std::map<int32_t, ResourceSpec> resources;
+    std::map<std::string, int32_t> paths;
+    if (root.find("resources") == root.end()) fail("resources", "missing section");
+    eachIn(root, "resources", [&](const json& r, const std::string& at) {
+        ResourceSpec spec;
+        spec.id = toId(member(r, "id", at), at + ".id");
+        if (spec.id == 0) fail(at, "resource id 0 is reserved for \"no resource\"");
+        if (resources.count(spec.id) != 0) fail(at, "duplicate resource id");
+        spec.name = r.contains("name") ? text(r["name"], at + ".name") : std::string();
+        spec.path = r.contains("path") ? text(r["path"], at + ".path") : std::string();
+        if (!spec.path.empty()) {
+            if (spec.path[0] != '/') fail(at, "a path must start with '/'");
+            if (paths.count(spec.path) != 0) fail(at, "duplicate path " + spec.path);
+            paths[spec.path] = spec.id;
+        }
+        const std::string kind = text(member(r, "kind", at), at + ".kind");
+        if (kind == "boost") {
+            spec.kind = Kind::kBoost;
+        } else if (kind == "limit") {
+            spec.kind = Kind::kLimit;
+        } else {
+            fail(at + ".kind", "must be \"boost\" or \"limit\", not \"" + kind + "\"");
+        }
+        spec.min = toInt64(member(r, "min", at), at + ".min");
+        spec.max = toInt64(member(r, "max", at), at + ".max");
+        spec.defaultValue = toInt64(member(r, "default", at), at + ".default");
+        if (spec.min > spec.max) fail(at, "min is above max");
+        if (spec.defaultValue < spec.min || spec.defaultValue > spec.max) {
+            fail(at, "default is outside [min, max]");
+        }
+        resources[spec.id] = spec;
+        config.resources.push_back(spec);
+    });
+    if (config.resources.empty()) fail("resources", "at least one resource is needed");
+
+    eachIn(root, "actions", [&](const json& a, const std::string& at) {
+        ActionSpec spec;
+        spec.id = toId(member(a, "id", at), at + ".id");
+        if (config.actions.count(spec.id) != 0) fail(at, "duplicate action id");
+        spec.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
+        spec.settings = settings(member(a, "settings", at), resources, paths, at + ".settings");
+        config.actions[spec.id] = spec;
+    });
+    eachIn(root, "scenarios", [&](const json& a, const std::string& at) {
+        ScenarioSpec spec;
+        spec.id = toId(member(a, "id", at), at + ".id");
+        if (config.scenarios.count(spec.id) != 0) fail(at, "duplicate scenario id");
+        spec.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
+        spec.settings = settings(member(a, "settings", at), resources, paths, at + ".settings");
+        config.scenarios[spec.id] = spec;
+    });
+    eachIn(root, "rules", [&](const json& a, const std::string& at) {
+        RuleSpec spec;
+        spec.id = toId(member(a, "id", at), at + ".id");
+        if (config.rules.count(spec.id) != 0) fail(at, "duplicate rule id");
+        spec.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
+        const json& statuses = member(a, "statuses", at);
+        if (!statuses.is_object()) fail(at + ".statuses", "expected an object of status to settings");
+        for (const auto& [k, v] : statuses.items()) {
+            const std::string sat = at + ".statuses." + k;
+            const int32_t status = toId(json(k), sat);
+            if (status == 0) fail(sat, "status 0 switches a rule off and cannot set anything");
+            spec.statuses[status] = settings(v, resources, paths, sat);
+        }
+        config.rules[spec.id] = spec;
+    });
+
+    if (auto it = root.find("properties"); it != root.end()) {
+        if (!it->is_object()) fail("properties", "expected an object of key to text");
+        for (const auto& [k, v] : it->items()) {
+            config.properties[k] = text(v, "properties." + k);
+            if (config.properties[k].size() > 255) fail("properties." + k, "longer than 255");
+        }
+    }
+    config.powerModes = numberTable(root, "power_modes");
+    config.features = numberTable(root, "features");
+    eachIn(root, "dataset", [&](const json& d, const std::string& at) {
+        config.dataset.emplace_back(toId(member(d, "id", at), at + ".id"),
+                                    text(member(d, "value", at), at + ".value"));
+    });
+    if (auto it = root.find("power_consistency"); it != root.end()) {
+        config.powerConsistency = std::to_string(toInt64(*it, "power_consistency"));
+    }
+    if (auto it = root.find("history"); it != root.end()) {
+        if (!it->is_object()) fail("history", "expected an object");
+        if (it->contains("size")) {
+            const int64_t size = toInt64((*it)["size"], "history.size");
+            if (size < 1 || size > 100000) fail("history.size", "must be 1 to 100000");
+            config.historySize = static_cast<size_t>(size);
+        }
+        if (it->contains("enabled")) {
+            if (!(*it)["enabled"].is_boolean()) fail("history.enabled", "expected true or false");
+            config.historyEnabled = (*it)["enabled"].get<bool>();
+        }
+    }
+    return config;
+}
+
+Config loadConfigFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) throw ConfigError("cannot read " + path);
+    std::ostringstream text;
+    text << in.rdbuf();
+    if (in.bad()) throw ConfigError("cannot read " + path);
+    try {
+        return parseConfig(text.str());
+    } catch (const ConfigError& e) {
+        throw ConfigError(path + ": " + e.what());
+    }
+}
+
+Config defaultConfig() {
+    return parseConfig(defaultConfigText());
+}
+
+}  // namespace sim
