@@ -67,7 +67,8 @@ void SteadyClock::run() {
     }
 }
 
-ManualClock::ManualClock(int64_t startMs, int64_t wallBaseMs) : now_(startMs), wallBase_(wallBaseMs) {}
+ManualClock::ManualClock(int64_t startMs, int64_t wallBaseMs)
+    : now_(startMs), wallBase_(wallBaseMs) {}
 
 int64_t ManualClock::nowMs() {
     std::lock_guard<std::mutex> lock(mutex_);

@@ -51,7 +51,7 @@ std::string text(const json& v, const std::string& where) {
     fail(where, "expected a text, got " + v.dump());
 }
 
-std::vector<Setting> settings(const json& arr, const std::map<int32_t, ResourceSpec>& resources,
+std::vector<Setting> settings(const json& arr, const std::map<int32_t, ResourceDef>& resources,
                               const std::map<std::string, int32_t>& paths,
                               const std::string& where) {
     if (!arr.is_array()) fail(where, "expected an array of settings");
@@ -62,7 +62,8 @@ std::vector<Setting> settings(const json& arr, const std::map<int32_t, ResourceS
         if (!s.is_object()) fail(at, "expected an object");
         Setting setting;
         const json& res = member(s, "resource", at);
-        if (res.is_string() && !res.get<std::string>().empty() && res.get<std::string>()[0] == '/') {
+        if (res.is_string() && !res.get<std::string>().empty() &&
+            res.get<std::string>()[0] == '/') {
             auto p = paths.find(res.get<std::string>());
             if (p == paths.end()) fail(at, "unknown resource path " + res.get<std::string>());
             setting.id = p->second;
@@ -111,78 +112,79 @@ Config parseConfig(const std::string& jsonText) {
     }
     if (!root.is_object()) throw ConfigError("the configuration must be a JSON object");
     static const std::set<std::string> known = {
-            "resources", "actions", "scenarios", "rules", "properties", "power_modes",
-            "features", "dataset", "power_consistency", "history", "device"};
+            "resources", "actions", "scenarios",         "rules",   "properties", "power_modes",
+            "features",  "dataset", "power_consistency", "history", "device"};
     for (const auto& [k, v] : root.items()) {
         if (known.count(k) == 0) fail(k, "unknown section");
     }
 
     Config config;
-    std::map<int32_t, ResourceSpec> resources;
+    std::map<int32_t, ResourceDef> resources;
     std::map<std::string, int32_t> paths;
     if (root.find("resources") == root.end()) fail("resources", "missing section");
     eachIn(root, "resources", [&](const json& r, const std::string& at) {
-        ResourceSpec spec;
-        spec.id = toId(member(r, "id", at), at + ".id");
-        if (spec.id == 0) fail(at, "resource id 0 is reserved for \"no resource\"");
-        if (resources.count(spec.id) != 0) fail(at, "duplicate resource id");
-        spec.name = r.contains("name") ? text(r["name"], at + ".name") : std::string();
-        spec.path = r.contains("path") ? text(r["path"], at + ".path") : std::string();
-        if (!spec.path.empty()) {
-            if (spec.path[0] != '/') fail(at, "a path must start with '/'");
-            if (paths.count(spec.path) != 0) fail(at, "duplicate path " + spec.path);
-            paths[spec.path] = spec.id;
+        ResourceDef def;
+        def.id = toId(member(r, "id", at), at + ".id");
+        if (def.id == 0) fail(at, "resource id 0 is reserved for \"no resource\"");
+        if (resources.count(def.id) != 0) fail(at, "duplicate resource id");
+        def.name = r.contains("name") ? text(r["name"], at + ".name") : std::string();
+        def.path = r.contains("path") ? text(r["path"], at + ".path") : std::string();
+        if (!def.path.empty()) {
+            if (def.path[0] != '/') fail(at, "a path must start with '/'");
+            if (paths.count(def.path) != 0) fail(at, "duplicate path " + def.path);
+            paths[def.path] = def.id;
         }
         const std::string kind = text(member(r, "kind", at), at + ".kind");
         if (kind == "boost") {
-            spec.kind = Kind::kBoost;
+            def.kind = Kind::kBoost;
         } else if (kind == "limit") {
-            spec.kind = Kind::kLimit;
+            def.kind = Kind::kLimit;
         } else {
             fail(at + ".kind", "must be \"boost\" or \"limit\", not \"" + kind + "\"");
         }
-        spec.min = toInt64(member(r, "min", at), at + ".min");
-        spec.max = toInt64(member(r, "max", at), at + ".max");
-        spec.defaultValue = toInt64(member(r, "default", at), at + ".default");
-        if (spec.min > spec.max) fail(at, "min is above max");
-        if (spec.defaultValue < spec.min || spec.defaultValue > spec.max) {
+        def.min = toInt64(member(r, "min", at), at + ".min");
+        def.max = toInt64(member(r, "max", at), at + ".max");
+        def.defaultValue = toInt64(member(r, "default", at), at + ".default");
+        if (def.min > def.max) fail(at, "min is above max");
+        if (def.defaultValue < def.min || def.defaultValue > def.max) {
             fail(at, "default is outside [min, max]");
         }
-        resources[spec.id] = spec;
-        config.resources.push_back(spec);
+        resources[def.id] = def;
+        config.resources.push_back(def);
     });
     if (config.resources.empty()) fail("resources", "at least one resource is needed");
 
     eachIn(root, "actions", [&](const json& a, const std::string& at) {
-        ActionSpec spec;
-        spec.id = toId(member(a, "id", at), at + ".id");
-        if (config.actions.count(spec.id) != 0) fail(at, "duplicate action id");
-        spec.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
-        spec.settings = settings(member(a, "settings", at), resources, paths, at + ".settings");
-        config.actions[spec.id] = spec;
+        ActionDef def;
+        def.id = toId(member(a, "id", at), at + ".id");
+        if (config.actions.count(def.id) != 0) fail(at, "duplicate action id");
+        def.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
+        def.settings = settings(member(a, "settings", at), resources, paths, at + ".settings");
+        config.actions[def.id] = def;
     });
     eachIn(root, "scenarios", [&](const json& a, const std::string& at) {
-        ScenarioSpec spec;
-        spec.id = toId(member(a, "id", at), at + ".id");
-        if (config.scenarios.count(spec.id) != 0) fail(at, "duplicate scenario id");
-        spec.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
-        spec.settings = settings(member(a, "settings", at), resources, paths, at + ".settings");
-        config.scenarios[spec.id] = spec;
+        ScenarioDef def;
+        def.id = toId(member(a, "id", at), at + ".id");
+        if (config.scenarios.count(def.id) != 0) fail(at, "duplicate scenario id");
+        def.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
+        def.settings = settings(member(a, "settings", at), resources, paths, at + ".settings");
+        config.scenarios[def.id] = def;
     });
     eachIn(root, "rules", [&](const json& a, const std::string& at) {
-        RuleSpec spec;
-        spec.id = toId(member(a, "id", at), at + ".id");
-        if (config.rules.count(spec.id) != 0) fail(at, "duplicate rule id");
-        spec.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
+        RuleDef def;
+        def.id = toId(member(a, "id", at), at + ".id");
+        if (config.rules.count(def.id) != 0) fail(at, "duplicate rule id");
+        def.name = a.contains("name") ? text(a["name"], at + ".name") : std::string();
         const json& statuses = member(a, "statuses", at);
-        if (!statuses.is_object()) fail(at + ".statuses", "expected an object of status to settings");
+        if (!statuses.is_object())
+            fail(at + ".statuses", "expected an object of status to settings");
         for (const auto& [k, v] : statuses.items()) {
             const std::string sat = at + ".statuses." + k;
             const int32_t status = toId(json(k), sat);
             if (status == 0) fail(sat, "status 0 switches a rule off and cannot set anything");
-            spec.statuses[status] = settings(v, resources, paths, sat);
+            def.statuses[status] = settings(v, resources, paths, sat);
         }
-        config.rules[spec.id] = spec;
+        config.rules[def.id] = def;
     });
 
     if (auto it = root.find("properties"); it != root.end()) {

@@ -5,32 +5,32 @@
 
 namespace sim {
 
-ResourceModel::ResourceModel(std::vector<ResourceSpec> specs) : specs_(std::move(specs)) {
-    for (size_t i = 0; i < specs_.size(); ++i) {
-        byId_[specs_[i].id] = i;
-        if (!specs_[i].path.empty()) byPath_[specs_[i].path] = i;
-        values_[specs_[i].id] = specs_[i].defaultValue;
+ResourceModel::ResourceModel(std::vector<ResourceDef> defs) : defs_(std::move(defs)) {
+    for (size_t i = 0; i < defs_.size(); ++i) {
+        byId_[defs_[i].id] = i;
+        if (!defs_[i].path.empty()) byPath_[defs_[i].path] = i;
+        values_[defs_[i].id] = defs_[i].defaultValue;
     }
 }
 
-const ResourceSpec* ResourceModel::find(int32_t id) const {
+const ResourceDef* ResourceModel::find(int32_t id) const {
     auto it = byId_.find(id);
-    return it == byId_.end() ? nullptr : &specs_[it->second];
+    return it == byId_.end() ? nullptr : &defs_[it->second];
 }
 
-const ResourceSpec* ResourceModel::findByPath(const std::string& path) const {
+const ResourceDef* ResourceModel::findByPath(const std::string& path) const {
     auto it = byPath_.find(path);
-    return it == byPath_.end() ? nullptr : &specs_[it->second];
+    return it == byPath_.end() ? nullptr : &defs_[it->second];
 }
 
-int64_t ResourceModel::merged(const ResourceSpec& spec) const {
-    auto it = holds_.find(spec.id);
-    if (it == holds_.end() || it->second.empty()) return spec.defaultValue;
+int64_t ResourceModel::merged(const ResourceDef& def) const {
+    auto it = holds_.find(def.id);
+    if (it == holds_.end() || it->second.empty()) return def.defaultValue;
     int64_t v = it->second.begin()->second;
     for (const auto& [holder, requested] : it->second) {
-        v = spec.kind == Kind::kBoost ? std::max(v, requested) : std::min(v, requested);
+        v = def.kind == Kind::kBoost ? std::max(v, requested) : std::min(v, requested);
     }
-    return std::clamp(v, spec.min, spec.max);
+    return std::clamp(v, def.min, def.max);
 }
 
 std::vector<Change> ResourceModel::apply(const Holder& holder,

@@ -76,7 +76,12 @@ inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, c
 inline const AIBinder_Class* echoClass() {
     static const AIBinder_Class* clazz = AIBinder_Class_define(
             kEchoDescriptor, [](void* args) { return args; },
-            [](void* userData) { static_cast<EchoState*>(userData)->destroyed = true; },
+            [](void* userData) {
+                auto* state = static_cast<EchoState*>(userData);
+                std::lock_guard<std::mutex> lock(state->mutex);
+                state->destroyed = true;
+                state->cv.notify_all();
+            },
             echoTransact);
     return clazz;
 }

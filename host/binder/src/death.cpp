@@ -14,9 +14,6 @@ struct AIBinder_DeathRecipient {
 };
 
 namespace binder_impl {
-namespace {
-
-}  // namespace
 
 binder_status_t DeathLinkList::add(DeathLink link) {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -59,12 +56,12 @@ std::vector<DeathLink> DeathLinkList::markDead() {
     return std::move(links_);
 }
 
-void deliverDeaths(std::vector<DeathLink> links) {
+void deliverDeaths(std::vector<DeathLink> links, bool mayWait) {
     if (links.empty()) return;
     auto done = std::make_shared<std::promise<void>>();
     std::future<void> finished = done->get_future();
     // Waiting while serving a call, or from a handler, could wait on ourselves.
-    const bool wait = !isServingTransaction() && !deathNotifier().onWorkerThread();
+    const bool wait = mayWait && !isServingTransaction() && !deathNotifier().onWorkerThread();
     deathNotifier().post([links = std::move(links), done] {
         for (const DeathLink& link : links) {
             if (link.recipient->deleted.load()) continue;

@@ -40,8 +40,8 @@ class DeathLinkList {
 };
 
 // Calls onBinderDied then onUnlinked for each link on the notification thread; waits for them
-// unless waiting could deadlock (caller serving a transaction or on that thread).
-void deliverDeaths(std::vector<DeathLink> links);
+// unless waiting could deadlock (caller serving a transaction or on that thread) or !mayWait.
+void deliverDeaths(std::vector<DeathLink> links, bool mayWait = true);
 // Calls onUnlinked for links removed without a death, on the calling thread.
 void notifyUnlinked(const std::vector<DeathLink>& links);
 

@@ -75,6 +75,8 @@ class InProcessObject : public RemoteObject, public std::enable_shared_from_this
 
     DeathLinkList& deathLinks() override { return links_; }
 
+    std::shared_ptr<AIBinder> localBinder() override { return acquireLocal(); }
+
     bool die() override {
         LocalBinder* local;
         {

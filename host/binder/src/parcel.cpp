@@ -155,6 +155,8 @@ std::unique_ptr<AParcel> copyParcel(const AParcel& source) {
     auto copy = std::make_unique<AParcel>();
     copy->data = source.data;
     copy->objects = source.objects;
+    copy->peerObjects = source.peerObjects;
+    copy->fromPeer = source.fromPeer;
     return copy;
 }
 
@@ -197,6 +199,8 @@ binder_status_t AParcel_reset(AParcel* parcel) {
     if (parcel == nullptr) return STATUS_UNEXPECTED_NULL;
     parcel->data.clear();
     parcel->objects.clear();
+    parcel->peerObjects.clear();
+    parcel->fromPeer = false;
     parcel->position = 0;
     return STATUS_OK;
 }
@@ -230,6 +234,8 @@ binder_status_t AParcel_unmarshal(AParcel* parcel, const uint8_t* buffer, size_t
     if (len > kMaxParcelSize) return STATUS_BAD_VALUE;
     parcel->data.assign(buffer, buffer + len);
     parcel->objects.clear();
+    parcel->peerObjects.clear();
+    parcel->fromPeer = false;
     parcel->position = 0;
     return STATUS_OK;
 }
@@ -245,10 +251,12 @@ binder_status_t AParcel_appendFrom(const AParcel* from, AParcel* to, int32_t sta
     // Copy first: from and to may be the same parcel.
     std::vector<uint8_t> bytes(from->data.begin() + start, from->data.begin() + start + size);
     auto objects = from->objects;
+    auto peerObjects = from->peerObjects;
     if (to->position + len > to->data.size()) to->data.resize(to->position + len);
     if (len > 0) memcpy(to->data.data() + to->position, bytes.data(), len);
     to->position += len;
     to->objects.insert(to->objects.end(), objects.begin(), objects.end());
+    to->peerObjects.insert(to->peerObjects.end(), peerObjects.begin(), peerObjects.end());
     return STATUS_OK;
 }
 
@@ -554,13 +562,16 @@ binder_status_t AParcel_readStrongBinder(const AParcel* parcel, AIBinder** binde
         return s;
     }
     std::shared_ptr<RemoteObject> remote;
-    for (const auto& object : parcel->objects) {
-        if (object->id() == id) {
+    for (const auto& [peerId, object] : parcel->peerObjects) {
+        if (peerId == id) {
             remote = object;
             break;
         }
     }
-    if (remote == nullptr) remote = inProcessTransport().find(id);
+    for (size_t i = 0; remote == nullptr && !parcel->fromPeer && i < parcel->objects.size(); ++i) {
+        if (parcel->objects[i]->id() == id) remote = parcel->objects[i];
+    }
+    if (remote == nullptr && !parcel->fromPeer) remote = inProcessTransport().find(id);
     if (remote == nullptr) return STATUS_BAD_VALUE;
     *binder = proxyFor(remote, stability);
     return guard.commit();

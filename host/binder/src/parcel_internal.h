@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace binder_impl {
@@ -17,6 +18,10 @@ struct AParcel {
     mutable size_t position = 0;
     // Keeps every object written here reachable while the parcel is in flight.
     std::vector<std::shared_ptr<binder_impl::RemoteObject>> objects;
+    // Objects that came from another process, under the ids its sender wrote into the bytes.
+    std::vector<std::pair<uint64_t, std::shared_ptr<binder_impl::RemoteObject>>> peerObjects;
+    // Ids in a peer's bytes mean nothing here: only peerObjects may resolve them.
+    bool fromPeer = false;
 };
 
 namespace binder_impl {

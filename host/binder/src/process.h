@@ -5,8 +5,12 @@
 
 namespace binder_impl {
 
-// Runs task on one of the process's binder threads (the pool or a joined thread).
+// Runs task on one of the process's binder threads. Threads are added on demand (a blocked
+// nested call must not starve the next one), so calls are served even if the process never
+// started the pool.
 void postToThreadPool(std::function<void()> task);
 uint32_t threadPoolMaxThreads();
+// Drops queued work and lets idle pool threads end; waits a bounded time for them.
+void stopThreadPool();
 
 }  // namespace binder_impl

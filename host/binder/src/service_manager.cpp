@@ -1,6 +1,7 @@
 #include <android/binder_manager.h>
 #include <binder_host/service_control.h>
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdlib>
 #include <fstream>
@@ -12,6 +13,8 @@
 #include "binder_internal.h"
 #include "death.h"
 #include "fault_injection.h"
+#include "host_dir.h"
+#include "socket_transport.h"
 #include "worker.h"
 
 namespace binder_impl {
@@ -31,9 +34,9 @@ ServiceManager& serviceManager() {
 
 std::set<std::string> manifestInstances() {
     std::set<std::string> instances;
-    const char* dir = std::getenv("BINDER_HOST_DIR");
-    if (dir == nullptr || *dir == '\0') return instances;
-    std::ifstream manifest(std::string(dir) + "/manifest");
+    const std::string dir = manifestDirectory();
+    if (dir.empty()) return instances;
+    std::ifstream manifest(dir + "/manifest");
     std::string line;
     while (std::getline(manifest, line)) {
         const size_t first = line.find_first_not_of(" \t\r");
@@ -48,8 +51,31 @@ bool isDeclaredLocked(const ServiceManager& sm, const std::string& instance) {
     return sm.declared.count(instance) != 0 || manifestInstances().count(instance) != 0;
 }
 
+std::shared_ptr<RemoteObject> findLocal(ServiceManager& sm, const std::string& instance) {
+    std::lock_guard<std::mutex> lock(sm.mutex);
+    auto it = sm.services.find(instance);
+    return it == sm.services.end() ? nullptr : it->second;
+}
+
+// In this process first, then through the instance's socket; polls for a socket that is not
+// there or not answering yet, waking early when this process adds the name.
+AIBinder* waitForAnywhere(const std::string& instance) {
+    ServiceManager& sm = serviceManager();
+    for (;;) {
+        std::shared_ptr<RemoteObject> remote = findLocal(sm, instance);
+        if (remote == nullptr) remote = connectService(instance);
+        if (remote != nullptr) return proxyFor(remote, kStabilityVintf);
+        std::unique_lock<std::mutex> lock(sm.mutex);
+        if (!isDeclaredLocked(sm, instance) && !socketPresent(instance)) return nullptr;
+        if (sm.services.count(instance) == 0) {
+            sm.changed.wait_for(lock, std::chrono::milliseconds(20));
+        }
+    }
+}
+
 AIBinder* waitFor(const char* instance) {
     if (instance == nullptr) return nullptr;
+    if (socketModeEnabled()) return waitForAnywhere(instance);
     ServiceManager& sm = serviceManager();
     std::shared_ptr<RemoteObject> remote;
     {
@@ -81,9 +107,10 @@ binder_exception_t AServiceManager_addService(AIBinder* binder, const char* inst
     {
         std::lock_guard<std::mutex> lock(sm.mutex);
         replaced = std::move(sm.services[instance]);
-        sm.services[instance] = std::move(remote);
+        sm.services[instance] = remote;
     }
     sm.changed.notify_all();
+    publishService(instance, remote);
     return EX_NONE;
 }
 
@@ -94,9 +121,10 @@ AIBinder* AServiceManager_checkService(const char* instance) {
     {
         std::lock_guard<std::mutex> lock(sm.mutex);
         auto it = sm.services.find(instance);
-        if (it == sm.services.end()) return nullptr;
-        remote = it->second;
+        if (it != sm.services.end()) remote = it->second;
     }
+    if (remote == nullptr) remote = connectService(instance);
+    if (remote == nullptr) return nullptr;
     return proxyFor(remote, kStabilityVintf);
 }
 
@@ -163,6 +191,7 @@ bool killService(const std::string& instance) {
         remote = std::move(it->second);
         sm.services.erase(it);
     }
+    unpublishService(instance);
     remote->die();
     return true;
 }
@@ -175,6 +204,11 @@ void failNextTransactions(binder_status_t status, int count) {
     proxyTransactionFault().arm(status, count);
 }
 
+void drainNotifications() {
+    onewayDispatcher().drain();
+    deathNotifier().drain();
+}
+
 void resetServiceManager() {
     ServiceManager& sm = serviceManager();
     std::map<std::string, std::shared_ptr<RemoteObject>> dropped;
@@ -184,6 +218,7 @@ void resetServiceManager() {
         sm.declared.clear();
     }
     sm.changed.notify_all();
+    resetSocketTransport();
     linkToDeathFault().clear();
     proxyTransactionFault().clear();
     onewayDispatcher().drain();

@@ -10,6 +10,8 @@
 
 namespace binder_impl {
 
+class SocketObject;
+
 // A binder object as reached through a transport. Proxies own one each; a transport must hand
 // out the same RemoteObject for the same object while any reference to it is alive, so the
 // proxy table can key on its address.
@@ -25,6 +27,9 @@ class RemoteObject {
     virtual DeathLinkList& deathLinks() = 0;
     // The object's host is gone: fail calls from now on and notify the links.
     virtual bool die() = 0;
+    // The local binder behind an export of this process; null for objects of other processes.
+    virtual std::shared_ptr<AIBinder> localBinder() { return nullptr; }
+    virtual SocketObject* asSocketObject() { return nullptr; }
 };
 
 // How local objects are exported and how object ids read from a parcel are resolved.

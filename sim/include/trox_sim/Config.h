@@ -11,19 +11,19 @@
 
 namespace sim {
 
-struct ActionSpec {
+struct ActionDef {
     int32_t id = 0;
     std::string name;
     std::vector<Setting> settings;
 };
 
-struct ScenarioSpec {
+struct ScenarioDef {
     int32_t id = 0;
     std::string name;
     std::vector<Setting> settings;
 };
 
-struct RuleSpec {
+struct RuleDef {
     int32_t id = 0;
     std::string name;
     // What the rule sets while it has a status; status 0 (off) never sets anything.
@@ -31,10 +31,10 @@ struct RuleSpec {
 };
 
 struct Config {
-    std::vector<ResourceSpec> resources;
-    std::map<int32_t, ActionSpec> actions;
-    std::map<int32_t, ScenarioSpec> scenarios;
-    std::map<int32_t, RuleSpec> rules;
+    std::vector<ResourceDef> resources;
+    std::map<int32_t, ActionDef> actions;
+    std::map<int32_t, ScenarioDef> scenarios;
+    std::map<int32_t, RuleDef> rules;
     std::map<std::string, std::string> properties;
     std::map<int32_t, std::string> powerModes;
     std::map<int32_t, std::string> features;

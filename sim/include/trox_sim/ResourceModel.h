@@ -11,7 +11,7 @@ namespace sim {
 // value, the lowest wins.
 enum class Kind { kBoost, kLimit };
 
-struct ResourceSpec {
+struct ResourceDef {
     int32_t id = 0;
     std::string name;
     std::string path;  // empty when the resource has no path
@@ -32,9 +32,7 @@ struct Holder {
     enum class Type { kRequest, kRule };
     Type type = Type::kRequest;
     int32_t id = 0;
-    bool operator<(const Holder& o) const {
-        return type != o.type ? type < o.type : id < o.id;
-    }
+    bool operator<(const Holder& o) const { return type != o.type ? type < o.type : id < o.id; }
     bool operator==(const Holder& o) const { return type == o.type && id == o.id; }
 };
 
@@ -51,11 +49,11 @@ struct Change {
 // the service serialises access.
 class ResourceModel {
   public:
-    explicit ResourceModel(std::vector<ResourceSpec> specs);
+    explicit ResourceModel(std::vector<ResourceDef> defs);
 
-    const ResourceSpec* find(int32_t id) const;
-    const ResourceSpec* findByPath(const std::string& path) const;
-    const std::vector<ResourceSpec>& specs() const { return specs_; }
+    const ResourceDef* find(int32_t id) const;
+    const ResourceDef* findByPath(const std::string& path) const;
+    const std::vector<ResourceDef>& defs() const { return defs_; }
 
     // Replaces everything holder asked for with settings (unknown ids are ignored; a repeated
     // id keeps its last value). Returns the resources whose merged value moved, in id order.
@@ -69,9 +67,9 @@ class ResourceModel {
     std::map<int32_t, int64_t> heldBy(const Holder& holder) const;
 
   private:
-    int64_t merged(const ResourceSpec& spec) const;
+    int64_t merged(const ResourceDef& def) const;
 
-    std::vector<ResourceSpec> specs_;
+    std::vector<ResourceDef> defs_;
     std::map<int32_t, size_t> byId_;
     std::map<std::string, size_t> byPath_;
     // resource id -> holder -> requested value

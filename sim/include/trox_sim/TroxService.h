@@ -109,7 +109,7 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     void setDieHandler(std::function<void()> handler);
     void die();
 
-    // Inspection, for tests and tools.
+    // Read-outs for tests and tools.
     int64_t valueOf(int32_t resourceId);
     size_t activeRequests();
     size_t listenerCount();
@@ -140,7 +140,7 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     int32_t acquire(const TroxRequestParcel& request, bool oneWay, Deliveries& out);
     int32_t diagnostics(const TroxRequestParcel& request);
     int32_t thermalNotify(const TroxRequestParcel& request, Deliveries& out);
-    bool resolve(const TroxRequestData& entry, bool lenient, Setting* setting, bool* byPath,
+    bool resolve(const TroxRequestData& entry, Setting* setting, bool* byPath,
                  std::string* why) const;
     void notifyChanges(const std::vector<Change>& changes, Deliveries& out);
     void rearmLocked();
@@ -155,7 +155,7 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     const std::shared_ptr<Clock> clock_;
     const std::string tag_;
 
-    std::mutex mutex_;  // guards everything below
+    std::mutex mutex_;      // guards everything below
     std::mutex sendMutex_;  // keeps callbacks in the order of the changes; taken after mutex_
     ResourceModel model_;
     RequestTable requests_;

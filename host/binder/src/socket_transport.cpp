@@ -1,0 +1,967 @@
+#include "socket_transport.h"
+
+#include <errno.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <set>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include "binder_internal.h"
+#include "death.h"
+#include "host_dir.h"
+#include "parcel_internal.h"
+#include "process.h"
+
+// Frames on the stream: uint32 body length, uint32 type, then the body, all little-endian.
+//   HELLO    (server to client, once): uint64 ref of the service, string descriptor
+//   TRANSACT uint64 transaction id (0 for one-way), uint64 target ref, uint32 code,
+//            uint32 flags, object table, uint32 size, parcel bytes
+//   REPLY    uint64 transaction id, int32 status, object table, uint32 size, parcel bytes
+//   RELEASE  uint64 ref, uint32 count: the peer dropped that many references to our export
+// Object table: uint32 n, then n times: uint64 id as written in the parcel bytes, uint32 kind,
+// uint64 ref, string descriptor. A ref names an export of the side that owns the object: kind
+// SENDER means the sender's own object (the receiver makes or reuses a proxy), kind RECEIVER
+// means an object the receiver exported earlier (it resolves to the receiver's own object).
+// A string is uint32 length and that many bytes.
+
+namespace binder_impl {
+
+class Connection;
+
+namespace {
+
+constexpr uint32_t kMaxFrame = 16u << 20;
+// Leaves room in a frame for the header fields and the object table.
+constexpr size_t kMaxParcelBytes = kMaxFrame - (1u << 20);
+constexpr size_t kMaxObjectsPerParcel = 4096;
+constexpr size_t kMaxDescriptor = 4096;
+constexpr auto kHelloTimeout = std::chrono::seconds(5);
+// Ids of socket objects carry this bit so they never collide with local export ids in a parcel.
+constexpr uint64_t kSocketIdBit = uint64_t{1} << 63;
+
+enum FrameType : uint32_t { kHello = 1, kTransact = 2, kReply = 3, kRelease = 4 };
+enum ObjectKind : uint32_t { kSenderObject = 1, kReceiverObject = 2 };
+
+class FrameWriter {
+  public:
+    explicit FrameWriter(uint32_t type) : bytes_(8) { memcpy(bytes_.data() + 4, &type, 4); }
+    void u32(uint32_t v) { raw(&v, sizeof(v)); }
+    void i32(int32_t v) { raw(&v, sizeof(v)); }
+    void u64(uint64_t v) { raw(&v, sizeof(v)); }
+    void str(const std::string& s) {
+        u32(static_cast<uint32_t>(s.size()));
+        raw(s.data(), s.size());
+    }
+    void raw(const void* data, size_t size) {
+        const auto* p = static_cast<const uint8_t*>(data);
+        bytes_.insert(bytes_.end(), p, p + size);
+    }
+    size_t bodySize() const { return bytes_.size() - 8; }
+    std::vector<uint8_t>& finish() {
+        const auto length = static_cast<uint32_t>(bodySize());
+        memcpy(bytes_.data(), &length, 4);
+        return bytes_;
+    }
+
+  private:
+    std::vector<uint8_t> bytes_;
+};
+
+class FrameReader {
+  public:
+    FrameReader(const uint8_t* data, size_t size) : data_(data), size_(size) {}
+    bool u32(uint32_t* v) { return raw(v, sizeof(*v)); }
+    bool i32(int32_t* v) { return raw(v, sizeof(*v)); }
+    bool u64(uint64_t* v) { return raw(v, sizeof(*v)); }
+    bool str(std::string* s, size_t maxSize) {
+        uint32_t size = 0;
+        if (!u32(&size) || size > maxSize || size > remaining()) return false;
+        s->assign(reinterpret_cast<const char*>(data_ + offset_), size);
+        offset_ += size;
+        return true;
+    }
+    bool bytes(std::vector<uint8_t>* out) {
+        uint32_t size = 0;
+        if (!u32(&size) || size > remaining()) return false;
+        out->assign(data_ + offset_, data_ + offset_ + size);
+        offset_ += size;
+        return true;
+    }
+    size_t remaining() const { return size_ - offset_; }
+    bool atEnd() const { return offset_ == size_; }
+
+  private:
+    bool raw(void* out, size_t size) {
+        if (remaining() < size) return false;
+        memcpy(out, data_ + offset_, size);
+        offset_ += size;
+        return true;
+    }
+
+    const uint8_t* data_;
+    size_t size_;
+    size_t offset_ = 0;
+};
+
+bool writeFull(int fd, const uint8_t* data, size_t size) {
+    while (size > 0) {
+        ssize_t n = send(fd, data, size, MSG_NOSIGNAL);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        data += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+// Without a deadline, blocks until size bytes arrived or the stream ended.
+bool readFull(int fd, uint8_t* data, size_t size,
+              const std::chrono::steady_clock::time_point* deadline = nullptr) {
+    while (size > 0) {
+        if (deadline != nullptr) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                    *deadline - std::chrono::steady_clock::now());
+            if (left.count() <= 0) return false;
+            pollfd pfd{fd, POLLIN, 0};
+            int ready = poll(&pfd, 1, static_cast<int>(left.count()));
+            if (ready < 0 && errno == EINTR) continue;
+            if (ready <= 0) return false;
+        }
+        ssize_t n = recv(fd, data, size, 0);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        data += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+std::atomic<uint64_t> gNextSocketObjectId{1};
+// Set once anything socket-related started, so in-process resets never touch this machinery.
+std::atomic<bool> gInUse{false};
+
+}  // namespace
+
+// A remote object reached over one connection; one per (connection, ref) while referenced.
+class SocketObject : public RemoteObject {
+  public:
+    SocketObject(std::shared_ptr<Connection> connection, uint64_t ref, std::string descriptor)
+        : id_(kSocketIdBit | gNextSocketObjectId++),
+          ref_(ref),
+          descriptor_(std::move(descriptor)),
+          connection_(std::move(connection)) {}
+    ~SocketObject() override;
+
+    uint64_t id() const override { return id_; }
+    std::string descriptor() const override { return descriptor_; }
+    bool isAlive() const override;
+    binder_status_t transact(transaction_code_t code, const AParcel& request, binder_flags_t flags,
+                             AParcel* reply) override;
+    DeathLinkList& deathLinks() override { return links_; }
+    bool die() override { return dieAndNotify(true); }
+    SocketObject* asSocketObject() override { return this; }
+
+    bool dieAndNotify(bool notify) {
+        if (dead_.exchange(true)) return false;
+        std::vector<DeathLink> links = links_.markDead();
+        if (notify) deliverDeaths(std::move(links), /*mayWait=*/false);
+        return true;
+    }
+    const Connection* connection() const { return connection_.get(); }
+    uint64_t ref() const { return ref_; }
+
+    // References the peer handed us; guarded by the connection's mutex.
+    uint64_t received = 0;
+
+  private:
+    const uint64_t id_;
+    const uint64_t ref_;
+    const std::string descriptor_;
+    const std::shared_ptr<Connection> connection_;
+    std::atomic<bool> dead_{false};
+    DeathLinkList links_;
+};
+
+namespace {
+
+struct SocketState {
+    std::mutex mutex;
+    std::condition_variable readersDone;
+    int readers = 0;
+    bool exiting = false;
+    std::set<std::shared_ptr<Connection>> connections;
+};
+
+void stopEverythingAtExit();
+
+// Never destroyed: reader threads may still finish while statics are torn down.
+SocketState& state() {
+    static SocketState* instance = [] {
+        auto* s = new SocketState();
+        std::atexit(stopEverythingAtExit);
+        return s;
+    }();
+    return *instance;
+}
+
+bool exiting() {
+    SocketState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return s.exiting;
+}
+
+}  // namespace
+
+class Connection : public std::enable_shared_from_this<Connection> {
+  public:
+    Connection(int fd, std::string label) : fd_(fd), label_(std::move(label)) {}
+    ~Connection() { ::close(fd_); }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    bool readPeerCredentials() {
+        ucred cred{};
+        socklen_t size = sizeof(cred);
+        if (getsockopt(fd_, SOL_SOCKET, SO_PEERCRED, &cred, &size) != 0) return false;
+        peerPid_ = cred.pid;
+        peerUid_ = cred.uid;
+        return true;
+    }
+
+    // Server side: the service is the first object the client gets.
+    bool sendHello(const std::shared_ptr<RemoteObject>& service) {
+        std::shared_ptr<AIBinder> local = service->localBinder();
+        if (local == nullptr) return false;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto& slot = exports_[service->id()];
+            slot = std::make_shared<Export>(service, std::move(local));
+            slot->count = 1;
+        }
+        FrameWriter frame(kHello);
+        frame.u64(service->id());
+        frame.str(service->descriptor());
+        return sendFrame(frame.finish());
+    }
+
+    // Client side, before the reader starts.
+    bool receiveHello() {
+        const auto deadline = std::chrono::steady_clock::now() + kHelloTimeout;
+        uint8_t header[8];
+        if (!readFull(fd_, header, sizeof(header), &deadline)) return false;
+        uint32_t length = 0;
+        uint32_t type = 0;
+        memcpy(&length, header, 4);
+        memcpy(&type, header + 4, 4);
+        if (type != kHello || length > kMaxDescriptor + 12) return false;
+        std::vector<uint8_t> body(length);
+        if (!readFull(fd_, body.data(), length, &deadline)) return false;
+        FrameReader reader(body.data(), body.size());
+        uint64_t ref = 0;
+        std::string descriptor;
+        if (!reader.u64(&ref) || !reader.str(&descriptor, kMaxDescriptor) || !reader.atEnd()) {
+            return false;
+        }
+        std::lock_guard<std::mutex> lock(mutex_);
+        root_ = importLocked(ref, std::move(descriptor));
+        return true;
+    }
+
+    void start() {
+        SocketState& s = state();
+        {
+            std::lock_guard<std::mutex> lock(s.mutex);
+            ++s.readers;
+            s.connections.insert(shared_from_this());
+        }
+        std::thread([self = shared_from_this()]() mutable {
+            self->readLoop();
+            self.reset();
+            SocketState& st = state();
+            std::lock_guard<std::mutex> lock(st.mutex);
+            --st.readers;
+            st.readersDone.notify_all();
+        }).detach();
+    }
+
+    bool alive() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return !closed_;
+    }
+
+    std::shared_ptr<RemoteObject> root() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return closed_ ? nullptr : root_;
+    }
+
+    // A closed connection is a death for everything reached through it.
+    void close(bool notify) {
+        std::vector<std::shared_ptr<SocketObject>> imported;
+        std::map<uint64_t, std::shared_ptr<Export>> exports;
+        std::shared_ptr<SocketObject> root;
+        {
+            std::unique_lock<std::mutex> lock(mutex_);
+            if (closed_) {
+                // Another thread is closing: wait so callers may rely on the objects being
+                // gone. The closing thread itself may get here again through a destructor.
+                if (closer_ != std::this_thread::get_id()) {
+                    closeDone_.wait(lock, [this] { return closeFinished_; });
+                }
+                return;
+            }
+            closed_ = true;
+            closer_ = std::this_thread::get_id();
+            for (auto& entry : imports_) {
+                if (auto object = entry.second.lock()) imported.push_back(std::move(object));
+            }
+            imports_.clear();
+            exports.swap(exports_);
+            for (auto& entry : pending_) {
+                entry.second->done = true;
+                entry.second->status = STATUS_DEAD_OBJECT;
+                entry.second->cv.notify_all();
+            }
+            pending_.clear();
+            root = std::move(root_);
+        }
+        ::shutdown(fd_, SHUT_RDWR);
+        {
+            SocketState& s = state();
+            std::lock_guard<std::mutex> lock(s.mutex);
+            s.connections.erase(shared_from_this());
+        }
+        for (auto& object : imported) object->dieAndNotify(notify);
+        imported.clear();
+        exports.clear();
+        root.reset();
+        std::lock_guard<std::mutex> lock(mutex_);
+        closeFinished_ = true;
+        closer_ = std::thread::id();
+        closeDone_.notify_all();
+    }
+
+    binder_status_t call(uint64_t ref, transaction_code_t code, const AParcel& request,
+                         binder_flags_t flags, AParcel* reply) {
+        if (request.data.size() > kMaxParcelBytes) return STATUS_FAILED_TRANSACTION;
+        const bool oneway = (flags & FLAG_ONEWAY) != 0;
+        std::shared_ptr<Waiter> waiter;
+        uint64_t transaction = 0;
+        if (!oneway) {
+            waiter = std::make_shared<Waiter>();
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (closed_) return STATUS_DEAD_OBJECT;
+            transaction = nextTransaction_++;
+            pending_[transaction] = waiter;
+        }
+        FrameWriter frame(kTransact);
+        frame.u64(transaction);
+        frame.u64(ref);
+        frame.u32(code);
+        frame.u32(flags);
+        if (binder_status_t s = encodeObjects(request, &frame); s != STATUS_OK) {
+            std::lock_guard<std::mutex> lock(mutex_);
+            pending_.erase(transaction);
+            return s;
+        }
+        frame.u32(static_cast<uint32_t>(request.data.size()));
+        frame.raw(request.data.data(), request.data.size());
+        if (!sendFrame(frame.finish())) {
+            close(!exiting());
+            return STATUS_DEAD_OBJECT;
+        }
+        if (oneway) return STATUS_OK;
+        std::unique_lock<std::mutex> lock(mutex_);
+        waiter->cv.wait(lock, [&waiter] { return waiter->done; });
+        if (waiter->status != STATUS_OK) return waiter->status;
+        reply->data = std::move(waiter->reply.data);
+        reply->peerObjects = std::move(waiter->reply.peerObjects);
+        reply->objects.clear();
+        reply->fromPeer = true;
+        reply->position = 0;
+        return STATUS_OK;
+    }
+
+    // The last reference to object went away: hand the peer its references back.
+    void released(SocketObject* object) {
+        uint64_t count = 0;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto it = imports_.find(object->ref());
+            // A newer object for the same ref may already have replaced this one.
+            if (it != imports_.end() && it->second.expired()) imports_.erase(it);
+            if (closed_) return;
+            count = object->received;
+        }
+        FrameWriter frame(kRelease);
+        frame.u64(object->ref());
+        frame.u32(static_cast<uint32_t>(count));
+        if (!sendFrame(frame.finish())) close(!exiting());
+    }
+
+  private:
+    // One of our objects as the peer can reach it; count is how many references it holds.
+    struct Export {
+        Export(std::shared_ptr<RemoteObject> o, std::shared_ptr<AIBinder> l)
+            : object(std::move(o)), local(std::move(l)) {}
+        const std::shared_ptr<RemoteObject> object;
+        const std::shared_ptr<AIBinder> local;
+        uint64_t count = 0;
+        // One-way calls run one at a time, in arrival order.
+        std::mutex onewayMutex;
+        std::deque<std::pair<transaction_code_t, std::shared_ptr<AParcel>>> oneway;
+        bool onewayRunning = false;
+    };
+
+    struct Waiter {
+        std::condition_variable cv;
+        bool done = false;
+        binder_status_t status = STATUS_OK;
+        AParcel reply;
+    };
+
+    // Caller holds mutex_.
+    std::shared_ptr<SocketObject> importLocked(uint64_t ref, std::string descriptor) {
+        std::weak_ptr<SocketObject>& slot = imports_[ref];
+        std::shared_ptr<SocketObject> object = slot.lock();
+        if (object == nullptr) {
+            object = std::make_shared<SocketObject>(shared_from_this(), ref, std::move(descriptor));
+            slot = object;
+            if (closed_) object->dieAndNotify(false);
+        }
+        ++object->received;
+        return object;
+    }
+
+    binder_status_t encodeObjects(const AParcel& parcel, FrameWriter* frame) {
+        struct Entry {
+            uint64_t wireId;
+            std::shared_ptr<RemoteObject> object;
+            SocketObject* socket;
+            std::shared_ptr<AIBinder> local;
+        };
+        std::vector<Entry> entries;
+        auto add = [&](uint64_t wireId, const std::shared_ptr<RemoteObject>& object) {
+            for (const Entry& e : entries) {
+                if (e.wireId == wireId) return STATUS_OK;
+            }
+            Entry e{wireId, object, object->asSocketObject(), nullptr};
+            if (e.socket != nullptr) {
+                // Objects of a third process would need forwarding through us: not supported.
+                if (e.socket->connection() != this) return STATUS_BAD_VALUE;
+            } else {
+                e.local = object->localBinder();
+                if (e.local == nullptr) return STATUS_DEAD_OBJECT;
+            }
+            entries.push_back(std::move(e));
+            return STATUS_OK;
+        };
+        if (parcel.peerObjects.size() + parcel.objects.size() > kMaxObjectsPerParcel) {
+            return STATUS_FAILED_TRANSACTION;
+        }
+        for (const auto& [wireId, object] : parcel.peerObjects) {
+            if (binder_status_t s = add(wireId, object); s != STATUS_OK) return s;
+        }
+        for (const auto& object : parcel.objects) {
+            if (binder_status_t s = add(object->id(), object); s != STATUS_OK) return s;
+        }
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (closed_) return STATUS_DEAD_OBJECT;
+        frame->u32(static_cast<uint32_t>(entries.size()));
+        for (Entry& e : entries) {
+            frame->u64(e.wireId);
+            if (e.socket != nullptr) {
+                frame->u32(kReceiverObject);
+                frame->u64(e.socket->ref());
+                frame->str(std::string());
+                continue;
+            }
+            std::shared_ptr<Export>& slot = exports_[e.object->id()];
+            if (slot == nullptr) slot = std::make_shared<Export>(e.object, std::move(e.local));
+            ++slot->count;
+            frame->u32(kSenderObject);
+            frame->u64(e.object->id());
+            frame->str(e.object->descriptor());
+        }
+        return STATUS_OK;
+    }
+
+    bool decodeObjects(FrameReader* reader, AParcel* out) {
+        out->fromPeer = true;
+        uint32_t count = 0;
+        if (!reader->u32(&count) || count > kMaxObjectsPerParcel) return false;
+        for (uint32_t i = 0; i < count; ++i) {
+            uint64_t wireId = 0;
+            uint32_t kind = 0;
+            uint64_t ref = 0;
+            std::string descriptor;
+            if (!reader->u64(&wireId) || !reader->u32(&kind) || !reader->u64(&ref) ||
+                !reader->str(&descriptor, kMaxDescriptor)) {
+                return false;
+            }
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (kind == kSenderObject) {
+                out->peerObjects.emplace_back(wireId, importLocked(ref, std::move(descriptor)));
+            } else if (kind == kReceiverObject) {
+                auto it = exports_.find(ref);
+                if (it == exports_.end()) return false;
+                out->peerObjects.emplace_back(wireId, it->second->object);
+            } else {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool sendFrame(const std::vector<uint8_t>& frame) {
+        std::lock_guard<std::mutex> lock(writeMutex_);
+        return writeFull(fd_, frame.data(), frame.size());
+    }
+
+    void readLoop() {
+        std::vector<uint8_t> body;
+        for (;;) {
+            uint8_t header[8];
+            if (!readFull(fd_, header, sizeof(header))) break;
+            uint32_t length = 0;
+            uint32_t type = 0;
+            memcpy(&length, header, 4);
+            memcpy(&type, header + 4, 4);
+            if (length > kMaxFrame) {
+                logError("%s: frame of %u bytes from pid %d exceeds the limit; closing",
+                         label_.c_str(), length, static_cast<int>(peerPid_));
+                break;
+            }
+            body.resize(length);
+            if (!readFull(fd_, body.data(), length)) break;
+            FrameReader reader(body.data(), body.size());
+            if (!handleFrame(type, &reader)) {
+                logError("%s: malformed frame (type %u, %u bytes) from pid %d; closing",
+                         label_.c_str(), type, length, static_cast<int>(peerPid_));
+                break;
+            }
+        }
+        close(!exiting());
+    }
+
+    bool handleFrame(uint32_t type, FrameReader* reader) {
+        switch (type) {
+            case kTransact:
+                return handleTransact(reader);
+            case kReply:
+                return handleReply(reader);
+            case kRelease:
+                return handleRelease(reader);
+            default:
+                return false;
+        }
+    }
+
+    bool handleTransact(FrameReader* reader) {
+        uint64_t transaction = 0;
+        uint64_t ref = 0;
+        uint32_t code = 0;
+        uint32_t flags = 0;
+        if (!reader->u64(&transaction) || !reader->u64(&ref) || !reader->u32(&code) ||
+            !reader->u32(&flags)) {
+            return false;
+        }
+        auto request = std::make_shared<AParcel>();
+        if (!decodeObjects(reader, request.get()) || !reader->bytes(&request->data) ||
+            !reader->atEnd()) {
+            return false;
+        }
+        std::shared_ptr<Export> target;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto it = exports_.find(ref);
+            if (it != exports_.end()) target = it->second;
+        }
+        if ((flags & FLAG_ONEWAY) != 0) {
+            if (target == nullptr) return true;  // nothing to deliver to, nobody to tell
+            {
+                std::lock_guard<std::mutex> lock(target->onewayMutex);
+                target->oneway.emplace_back(code, std::move(request));
+                if (target->onewayRunning) return true;
+                target->onewayRunning = true;
+            }
+            postToThreadPool([self = shared_from_this(), target] { self->runOneway(*target); });
+            return true;
+        }
+        postToThreadPool([self = shared_from_this(), target, request, code, transaction]() mutable {
+            AParcel reply;
+            binder_status_t status = self->serve(target.get(), code, *request, &reply);
+            // Dropping the request first lets its releases reach the peer before the reply.
+            request.reset();
+            self->sendReply(transaction, status, reply);
+        });
+        return true;
+    }
+
+    binder_status_t serve(const Export* target, transaction_code_t code, const AParcel& request,
+                          AParcel* reply) {
+        if (target == nullptr || !target->object->isAlive()) return STATUS_DEAD_OBJECT;
+        return serveLocal(target->local.get(), code, request, reply, peerPid_, peerUid_);
+    }
+
+    void runOneway(Export& target) {
+        for (;;) {
+            std::pair<transaction_code_t, std::shared_ptr<AParcel>> call;
+            {
+                std::lock_guard<std::mutex> lock(target.onewayMutex);
+                if (target.oneway.empty()) {
+                    target.onewayRunning = false;
+                    return;
+                }
+                call = std::move(target.oneway.front());
+                target.oneway.pop_front();
+            }
+            AParcel ignored;
+            serve(&target, call.first, *call.second, &ignored);
+        }
+    }
+
+    void sendReply(uint64_t transaction, binder_status_t status, const AParcel& reply) {
+        if (status == STATUS_OK && reply.data.size() > kMaxParcelBytes) {
+            status = STATUS_FAILED_TRANSACTION;
+        }
+        if (status == STATUS_OK) {
+            FrameWriter frame(kReply);
+            frame.u64(transaction);
+            frame.i32(STATUS_OK);
+            status = encodeObjects(reply, &frame);
+            if (status == STATUS_OK) {
+                frame.u32(static_cast<uint32_t>(reply.data.size()));
+                frame.raw(reply.data.data(), reply.data.size());
+                if (!sendFrame(frame.finish())) close(!exiting());
+                return;
+            }
+        }
+        FrameWriter frame(kReply);
+        frame.u64(transaction);
+        frame.i32(status);
+        frame.u32(0);
+        frame.u32(0);
+        if (!sendFrame(frame.finish())) close(!exiting());
+    }
+
+    bool handleReply(FrameReader* reader) {
+        uint64_t transaction = 0;
+        int32_t status = 0;
+        if (!reader->u64(&transaction) || !reader->i32(&status)) return false;
+        std::shared_ptr<Waiter> waiter;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto it = pending_.find(transaction);
+            if (it == pending_.end()) return false;
+            waiter = std::move(it->second);
+            pending_.erase(it);
+        }
+        AParcel reply;
+        const bool ok = decodeObjects(reader, &reply) && reader->bytes(&reply.data) &&
+                        reader->atEnd() && (status == STATUS_OK || reply.data.empty());
+        std::lock_guard<std::mutex> lock(mutex_);
+        waiter->done = true;
+        // A broken reply still ends the call; the connection closes right after.
+        waiter->status = ok ? status : STATUS_DEAD_OBJECT;
+        if (ok) std::swap(waiter->reply, reply);
+        waiter->cv.notify_all();
+        return ok;
+    }
+
+    bool handleRelease(FrameReader* reader) {
+        uint64_t ref = 0;
+        uint32_t count = 0;
+        if (!reader->u64(&ref) || !reader->u32(&count) || !reader->atEnd()) return false;
+        std::shared_ptr<Export> dropped;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto it = exports_.find(ref);
+            if (it == exports_.end() || count == 0 || count > it->second->count) return false;
+            it->second->count -= count;
+            if (it->second->count == 0) {
+                dropped = std::move(it->second);
+                exports_.erase(it);
+            }
+        }
+        return true;
+    }
+
+    const int fd_;
+    const std::string label_;
+    pid_t peerPid_ = 0;
+    uid_t peerUid_ = 0;
+    mutable std::mutex mutex_;
+    bool closed_ = false;
+    bool closeFinished_ = false;
+    std::thread::id closer_;
+    std::condition_variable closeDone_;
+    std::map<uint64_t, std::shared_ptr<Export>> exports_;
+    std::unordered_map<uint64_t, std::weak_ptr<SocketObject>> imports_;
+    std::unordered_map<uint64_t, std::shared_ptr<Waiter>> pending_;
+    uint64_t nextTransaction_ = 1;
+    // The service a client connected for; kept for the connection's life.
+    std::shared_ptr<SocketObject> root_;
+    std::mutex writeMutex_;
+};
+
+SocketObject::~SocketObject() {
+    connection_->released(this);
+}
+
+bool SocketObject::isAlive() const {
+    return !dead_.load() && connection_->alive();
+}
+
+binder_status_t SocketObject::transact(transaction_code_t code, const AParcel& request,
+                                       binder_flags_t flags, AParcel* reply) {
+    if (dead_.load()) return STATUS_DEAD_OBJECT;
+    return connection_->call(ref_, code, request, flags, reply);
+}
+
+namespace {
+
+// Accepts connections for one published instance.
+class Listener {
+  public:
+    Listener(std::string instance, std::string path, std::shared_ptr<RemoteObject> service)
+        : instance_(std::move(instance)), path_(std::move(path)), service_(std::move(service)) {}
+    ~Listener() { stop(false); }
+    Listener(const Listener&) = delete;
+    Listener& operator=(const Listener&) = delete;
+
+    bool start() {
+        fd_ = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        wake_ = eventfd(0, EFD_CLOEXEC);
+        if (fd_ < 0 || wake_ < 0) {
+            logError("%s: cannot create a socket: %s", instance_.c_str(), strerror(errno));
+            return false;
+        }
+        sockaddr_un addr{};
+        addr.sun_family = AF_UNIX;
+        memcpy(addr.sun_path, path_.c_str(), path_.size() + 1);
+        // What is there is a socket left by a process that ended, or one this name replaces.
+        unlink(path_.c_str());
+        struct stat st = {};
+        if (bind(fd_, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0 ||
+            stat(path_.c_str(), &st) != 0 || listen(fd_, 64) != 0) {
+            logError("%s: cannot listen on %s: %s", instance_.c_str(), path_.c_str(),
+                     strerror(errno));
+            return false;
+        }
+        device_ = st.st_dev;
+        inode_ = st.st_ino;
+        thread_ = std::thread([this] { run(); });
+        return true;
+    }
+
+    void stop(bool closeConnections) {
+        if (thread_.joinable()) {
+            uint64_t one = 1;
+            if (write(wake_, &one, sizeof(one)) != sizeof(one)) {
+                logError("%s: cannot wake the listener", instance_.c_str());
+            }
+            thread_.join();
+        }
+        if (fd_ >= 0) {
+            ::close(fd_);
+            // Only our own socket: a newer process may have bound the name since.
+            struct stat st = {};
+            if (stat(path_.c_str(), &st) == 0 && st.st_dev == device_ && st.st_ino == inode_) {
+                unlink(path_.c_str());
+            }
+            fd_ = -1;
+        }
+        if (wake_ >= 0) ::close(wake_);
+        wake_ = -1;
+        std::vector<std::weak_ptr<Connection>> accepted;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            accepted.swap(accepted_);
+        }
+        if (!closeConnections) return;
+        const bool notify = !exiting();
+        for (auto& weak : accepted) {
+            if (auto connection = weak.lock()) connection->close(notify);
+        }
+    }
+
+  private:
+    void run() {
+        for (;;) {
+            pollfd fds[2] = {{fd_, POLLIN, 0}, {wake_, POLLIN, 0}};
+            if (poll(fds, 2, -1) < 0) {
+                if (errno == EINTR) continue;
+                logError("%s: poll failed: %s", instance_.c_str(), strerror(errno));
+                return;
+            }
+            if (fds[1].revents != 0) return;
+            int fd = accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC);
+            if (fd < 0) {
+                if (errno == EINTR || errno == ECONNABORTED || errno == EAGAIN) continue;
+                logError("%s: accept failed: %s", instance_.c_str(), strerror(errno));
+                return;
+            }
+            auto connection = std::make_shared<Connection>(fd, instance_);
+            if (!connection->readPeerCredentials() || !connection->sendHello(service_)) {
+                connection->close(false);
+                continue;
+            }
+            connection->start();
+            std::lock_guard<std::mutex> lock(mutex_);
+            std::vector<std::weak_ptr<Connection>> live;
+            for (auto& weak : accepted_) {
+                if (!weak.expired()) live.push_back(std::move(weak));
+            }
+            live.push_back(connection);
+            accepted_.swap(live);
+        }
+    }
+
+    const std::string instance_;
+    const std::string path_;
+    const std::shared_ptr<RemoteObject> service_;
+    int fd_ = -1;
+    int wake_ = -1;
+    dev_t device_ = 0;
+    ino_t inode_ = 0;
+    std::thread thread_;
+    std::mutex mutex_;
+    std::vector<std::weak_ptr<Connection>> accepted_;
+};
+
+struct Registry {
+    // Serializes publishing and connecting; a connect holds it through the handshake.
+    std::mutex mutex;
+    std::map<std::string, std::unique_ptr<Listener>> listeners;
+    std::map<std::string, std::weak_ptr<Connection>> clients;  // by socket path
+};
+
+Registry& registry() {
+    static auto* instance = new Registry();
+    return *instance;
+}
+
+void stopEverythingAtExit() {
+    SocketState& s = state();
+    {
+        std::lock_guard<std::mutex> lock(s.mutex);
+        s.exiting = true;
+    }
+    resetSocketTransport();
+    std::unique_lock<std::mutex> lock(s.mutex);
+    s.readersDone.wait_for(lock, std::chrono::seconds(2), [&s] { return s.readers == 0; });
+    lock.unlock();
+    stopThreadPool();
+}
+
+}  // namespace
+
+bool socketModeEnabled() {
+    return !socketDirectory().empty();
+}
+
+void publishService(const std::string& instance, const std::shared_ptr<RemoteObject>& service) {
+    const std::string dir = socketDirectory();
+    if (dir.empty()) return;
+    const std::string path = socketPath(dir, instance);
+    if (path.empty()) return;
+    gInUse = true;
+    state();  // registers the exit handler before any thread starts
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    std::unique_ptr<Listener>& slot = r.listeners[instance];
+    // Clients of the replaced object keep their connections.
+    if (slot != nullptr) slot->stop(false);
+    slot = std::make_unique<Listener>(instance, path, service);
+    if (!slot->start()) r.listeners.erase(instance);
+}
+
+void unpublishService(const std::string& instance) {
+    std::unique_ptr<Listener> listener;
+    {
+        Registry& r = registry();
+        std::lock_guard<std::mutex> lock(r.mutex);
+        auto it = r.listeners.find(instance);
+        if (it == r.listeners.end()) return;
+        listener = std::move(it->second);
+        r.listeners.erase(it);
+    }
+    listener->stop(true);
+}
+
+std::shared_ptr<RemoteObject> connectService(const std::string& instance) {
+    const std::string dir = socketDirectory();
+    if (dir.empty()) return nullptr;
+    const std::string path = socketPath(dir, instance);
+    if (path.empty()) return nullptr;
+    gInUse = true;
+    state();
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    if (auto existing = r.clients[path].lock()) {
+        if (auto root = existing->root()) return root;
+    }
+    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) return nullptr;
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    memcpy(addr.sun_path, path.c_str(), path.size() + 1);
+    if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) {
+        ::close(fd);
+        return nullptr;
+    }
+    auto connection = std::make_shared<Connection>(fd, instance);
+    if (!connection->readPeerCredentials() || !connection->receiveHello()) {
+        logError("%s: no answer from the service at %s", instance.c_str(), path.c_str());
+        connection->close(false);
+        return nullptr;
+    }
+    connection->start();
+    r.clients[path] = connection;
+    return connection->root();
+}
+
+bool socketPresent(const std::string& instance) {
+    const std::string dir = socketDirectory();
+    if (dir.empty()) return false;
+    const std::string path = socketPath(dir, instance);
+    struct stat st = {};
+    return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISSOCK(st.st_mode);
+}
+
+void resetSocketTransport() {
+    if (!gInUse) return;
+    std::map<std::string, std::unique_ptr<Listener>> listeners;
+    {
+        Registry& r = registry();
+        std::lock_guard<std::mutex> lock(r.mutex);
+        listeners.swap(r.listeners);
+        r.clients.clear();
+    }
+    for (auto& entry : listeners) entry.second->stop(true);
+    std::vector<std::shared_ptr<Connection>> connections;
+    {
+        SocketState& s = state();
+        std::lock_guard<std::mutex> lock(s.mutex);
+        connections.assign(s.connections.begin(), s.connections.end());
+    }
+    const bool notify = !exiting();
+    for (auto& connection : connections) connection->close(notify);
+}
+
+}  // namespace binder_impl

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "transport.h"
+
+namespace binder_impl {
+
+// Incoming calls run on the binder thread pool, which adds threads on demand even in a process
+// that never started it; one-way calls to one object run in order. A binder that came from a
+// third process cannot be passed on: the call fails with STATUS_BAD_VALUE.
+
+// Services of this process become reachable from others through a listening socket per instance;
+// all of these are no-ops or null when socket mode is off (see host_dir.h).
+void publishService(const std::string& instance, const std::shared_ptr<RemoteObject>& service);
+// Stops listening and closes that instance's connections: its clients see a death.
+void unpublishService(const std::string& instance);
+// The service's object over a (shared, per socket) connection; null if nobody answers.
+std::shared_ptr<RemoteObject> connectService(const std::string& instance);
+// A socket file exists for instance (its service may still be starting, or gone).
+bool socketPresent(const std::string& instance);
+bool socketModeEnabled();
+// Stops every listener and closes every connection.
+void resetSocketTransport();
+
+}  // namespace binder_impl

@@ -1,0 +1,155 @@
+#include "Daemon.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fstream>
+#include <mutex>
+#include <sstream>
+
+namespace troxd {
+
+std::string usage() {
+    return "usage: troxd [--dir DIR] [--config FILE] [--verbose]\n"
+           "  --dir DIR      binder host directory (default: $BINDER_HOST_DIR, else " +
+           defaultDir() +
+           ")\n"
+           "  --config FILE  JSON configuration (default: the built-in reference device)\n"
+           "  --verbose      log debug lines too\n"
+           "Runs the reference trox service until SIGTERM or SIGINT.\n";
+}
+
+std::string parseArgs(int argc, char** argv, Options* options) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        auto value = [&](std::string* out) -> std::string {
+            if (i + 1 >= argc || argv[i + 1][0] == '\0') return arg + " needs a value";
+            *out = argv[++i];
+            return {};
+        };
+        std::string err;
+        if (arg == "--dir") {
+            err = value(&options->dir);
+        } else if (arg.rfind("--dir=", 0) == 0) {
+            options->dir = arg.substr(6);
+            if (options->dir.empty()) err = "--dir needs a value";
+        } else if (arg == "--config") {
+            err = value(&options->configPath);
+        } else if (arg.rfind("--config=", 0) == 0) {
+            options->configPath = arg.substr(9);
+            if (options->configPath.empty()) err = "--config needs a value";
+        } else if (arg == "--verbose" || arg == "-v") {
+            options->verbose = true;
+        } else if (arg == "--help" || arg == "-h") {
+            options->help = true;
+        } else {
+            err = "unknown argument '" + arg + "'";
+        }
+        if (!err.empty()) return err;
+    }
+    return {};
+}
+
+std::string defaultDir() {
+    return "/tmp/vexal-binder-" + std::to_string(static_cast<unsigned>(getuid()));
+}
+
+std::string prepareDir(const std::string& dir) {
+    struct stat st {};
+    if (stat(dir.c_str(), &st) != 0) {
+        if (errno != ENOENT) return "cannot use " + dir + ": " + std::strerror(errno);
+        if (mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST) {
+            return "cannot create " + dir + ": " + std::strerror(errno);
+        }
+        if (stat(dir.c_str(), &st) != 0) return "cannot use " + dir + ": " + std::strerror(errno);
+    }
+    if (!S_ISDIR(st.st_mode)) return dir + " is not a directory";
+    if (st.st_uid != geteuid()) return "refusing " + dir + ": it belongs to another user";
+    return {};
+}
+
+std::string ensureManifest(const std::string& dir, const std::string& instance) {
+    const std::string path = dir + "/manifest";
+    std::string existing;
+    {
+        std::ifstream in(path);
+        if (in) {
+            std::ostringstream s;
+            s << in.rdbuf();
+            existing = s.str();
+        }
+    }
+    std::istringstream lines(existing);
+    for (std::string line; std::getline(lines, line);) {
+        const size_t b = line.find_first_not_of(" \t\r");
+        const size_t e = line.find_last_not_of(" \t\r");
+        if (b != std::string::npos && line.substr(b, e - b + 1) == instance) return {};
+    }
+    if (!existing.empty() && existing.back() != '\n') existing += '\n';
+    existing += instance + "\n";
+    const std::string tmp = path + ".tmp." + std::to_string(getpid());
+    const int fd = open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (fd < 0) return "cannot write " + tmp + ": " + std::strerror(errno);
+    const char* p = existing.data();
+    size_t left = existing.size();
+    while (left > 0) {
+        const ssize_t n = write(fd, p, left);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) {
+            const std::string why = std::strerror(errno);
+            close(fd);
+            unlink(tmp.c_str());
+            return "cannot write " + tmp + ": " + why;
+        }
+        p += n;
+        left -= static_cast<size_t>(n);
+    }
+    if (fsync(fd) != 0 || close(fd) != 0) {
+        unlink(tmp.c_str());
+        return "cannot write " + tmp;
+    }
+    if (rename(tmp.c_str(), path.c_str()) != 0) {
+        const std::string why = std::strerror(errno);
+        unlink(tmp.c_str());
+        return "cannot replace " + path + ": " + why;
+    }
+    return {};
+}
+
+std::string formatLogLine(long long wallMs, int pid, int tid, int priority, const char* tag,
+                          const char* message) {
+    static const char kLetters[] = "??VDIWEFS";
+    const char letter = priority >= 0 && priority <= 8 ? kLetters[priority] : '?';
+    const std::time_t secs = static_cast<std::time_t>(wallMs / 1000);
+    std::tm tm{};
+    localtime_r(&secs, &tm);
+    char head[64];
+    snprintf(head, sizeof(head), "%02d-%02d %02d:%02d:%02d.%03d %5d %5d %c ", tm.tm_mon + 1,
+             tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, static_cast<int>(wallMs % 1000), pid,
+             tid, letter);
+    return std::string(head) + (tag ? tag : "") + ": " + (message ? message : "") + "\n";
+}
+
+void stderrLogger(const __android_logger_data* data, const char* message) {
+    static std::mutex mutex;
+    using namespace std::chrono;
+    const long long now =
+            duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+    const std::string line =
+            formatLogLine(now, static_cast<int>(getpid()), static_cast<int>(syscall(SYS_gettid)),
+                          data->priority, data->tag, message);
+    std::lock_guard<std::mutex> lock(mutex);
+    // One write per line keeps lines whole when several threads log.
+    ssize_t ignored = write(STDERR_FILENO, line.data(), line.size());
+    (void)ignored;
+}
+
+}  // namespace troxd

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <android/log.h>
+
+#include <string>
+
+namespace troxd {
+
+struct Options {
+    std::string dir;         // empty: $BINDER_HOST_DIR, else defaultDir()
+    std::string configPath;  // empty: the built-in default configuration
+    bool verbose = false;
+    bool help = false;
+};
+
+std::string usage();
+// Empty on success, else what is wrong with the arguments.
+std::string parseArgs(int argc, char** argv, Options* options);
+std::string defaultDir();
+// Creates dir (mode 0700) or checks that the existing one is a directory of ours.
+std::string prepareDir(const std::string& dir);
+// Adds instance to dir/manifest unless it is named there; replaces the file atomically.
+std::string ensureManifest(const std::string& dir, const std::string& instance);
+// One line in logcat's thread-time layout, with its newline.
+std::string formatLogLine(long long wallMs, int pid, int tid, int priority, const char* tag,
+                          const char* message);
+void stderrLogger(const __android_logger_data* data, const char* message);
+
+}  // namespace troxd

@@ -1,0 +1,94 @@
+// troxd: the reference trox service as a daemon.
+#include <android/binder_manager.h>
+#include <android/binder_process.h>
+#include <android/log.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+
+#include "Daemon.h"
+#include "trox_sim/Config.h"
+#include "trox_sim/TroxService.h"
+
+namespace {
+
+constexpr char kTag[] = "troxd";
+
+int fail(const std::string& message, int code) {
+    std::fprintf(stderr, "troxd: %s\n", message.c_str());
+    return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    troxd::Options options;
+    const std::string argError = troxd::parseArgs(argc, argv, &options);
+    if (!argError.empty()) {
+        std::fprintf(stderr, "troxd: %s\n%s", argError.c_str(), troxd::usage().c_str());
+        return 2;
+    }
+    if (options.help) {
+        std::fputs(troxd::usage().c_str(), stdout);
+        return 0;
+    }
+
+    // Everything that can be wrong is checked before anything is written.
+    sim::Config config;
+    try {
+        config = options.configPath.empty() ? sim::defaultConfig()
+                                            : sim::loadConfigFile(options.configPath);
+    } catch (const sim::ConfigError& e) {
+        return fail(std::string("bad configuration: ") + e.what(), 1);
+    }
+    std::string dir = options.dir;
+    if (dir.empty()) {
+        const char* env = std::getenv("BINDER_HOST_DIR");
+        dir = env != nullptr && *env != '\0' ? env : troxd::defaultDir();
+    }
+    if (std::string err = troxd::prepareDir(dir); !err.empty()) return fail(err, 1);
+    // The binder kit reads the directory from the environment on its first use.
+    setenv("BINDER_HOST_DIR", dir.c_str(), 1);
+    if (std::string err = troxd::ensureManifest(dir, sim::kTroxInstance); !err.empty()) {
+        return fail(err, 1);
+    }
+
+    __android_log_set_logger(troxd::stderrLogger);
+    __android_log_set_minimum_priority(options.verbose ? ANDROID_LOG_DEBUG : ANDROID_LOG_INFO);
+
+    // Blocked before any thread starts, so only sigwait below sees them.
+    sigset_t stopSignals;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGTERM);
+    sigaddset(&stopSignals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+    signal(SIGPIPE, SIG_IGN);
+
+    auto service = ndk::SharedRefBase::make<sim::TroxService>(std::move(config), nullptr, kTag);
+    service->setDieHandler([] {
+        __android_log_print(ANDROID_LOG_WARN, kTag, "exiting at once, as asked");
+        _exit(1);
+    });
+    if (AServiceManager_addService(service->asBinder().get(), sim::kTroxInstance) != EX_NONE) {
+        return fail(std::string("cannot publish ") + sim::kTroxInstance, 1);
+    }
+    __android_log_print(
+            ANDROID_LOG_INFO, kTag, "serving %s in %s (config: %s)", sim::kTroxInstance,
+            dir.c_str(),
+            options.configPath.empty() ? "built-in default" : options.configPath.c_str());
+
+    ABinderProcess_setThreadPoolMaxThreadCount(4);
+    ABinderProcess_startThreadPool();
+    std::thread([] { ABinderProcess_joinThreadPool(); }).detach();
+
+    int sig = 0;
+    while (sigwait(&stopSignals, &sig) != 0) {
+    }
+    __android_log_print(ANDROID_LOG_INFO, kTag, "stopping on %s",
+                        sig == SIGTERM ? "SIGTERM" : "SIGINT");
+    std::fflush(stdout);
+    std::exit(0);
+}

@@ -1,0 +1,581 @@
+#include <android/binder_auto_utils.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <binder/IPCThreadState.h>
+#include <binder_host/service_control.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "binder_test_util.h"
+#include "socket_test_codes.h"
+
+extern char** environ;
+
+namespace {
+
+using namespace binder_test;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kName = "test.vexal.IEcho/default";
+constexpr const char* kOther = "test.vexal.IEcho/other";
+
+struct DeathCounter {
+    std::mutex mutex;
+    std::condition_variable cv;
+    int died = 0;
+};
+
+void onDied(void* cookie) {
+    auto* counter = static_cast<DeathCounter*>(cookie);
+    std::lock_guard<std::mutex> lock(counter->mutex);
+    counter->died++;
+    counter->cv.notify_all();
+}
+
+bool waitForDeaths(DeathCounter& counter, int count) {
+    std::unique_lock<std::mutex> lock(counter.mutex);
+    return counter.cv.wait_for(lock, 5s, [&] { return counter.died >= count; });
+}
+
+// Sends code with what write puts after the interface token.
+binder_status_t call(AIBinder* binder, transaction_code_t code,
+                     const std::function<void(AParcel*)>& write, ndk::ScopedAParcel* out,
+                     binder_flags_t flags = 0) {
+    AParcel* in = nullptr;
+    if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
+    if (write) write(in);
+    ndk::ScopedAParcel ignored;
+    return AIBinder_transact(binder, code, &in, out != nullptr ? out->getR() : ignored.getR(),
+                             flags);
+}
+
+binder_status_t callWithBinder(AIBinder* binder, transaction_code_t code, AIBinder* argument,
+                               ndk::ScopedAParcel* out = nullptr) {
+    return call(
+            binder, code, [argument](AParcel* in) { AParcel_writeStrongBinder(in, argument); },
+            out);
+}
+
+std::vector<int32_t> readInts(const AParcel* parcel) {
+    std::vector<int32_t> values;
+    AParcel_readInt32Array(parcel, &values, [](void* data, int32_t length, int32_t** buffer) {
+        auto* v = static_cast<std::vector<int32_t>*>(data);
+        v->resize(length < 0 ? 0 : static_cast<size_t>(length));
+        *buffer = v->data();
+        return true;
+    });
+    return values;
+}
+
+bool waitForRecorded(EchoState& state, size_t count) {
+    std::unique_lock<std::mutex> lock(state.mutex);
+    return state.cv.wait_for(lock, 5s, [&] { return state.received.size() >= count; });
+}
+
+// A raw client socket on the service's socket file, as a misbehaving peer would have.
+int connectRaw(const std::string& path) {
+    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    strncpy(addr.sun_path, path.c_str(), sizeof(addr.sun_path) - 1);
+    if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) {
+        close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+// True once the peer has closed fd; whatever it sent before is read and dropped.
+bool closedByPeer(int fd) {
+    const auto deadline = Clock::now() + 5s;
+    timeval tick{0, 100000};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
+    char buffer[256];
+    while (Clock::now() < deadline) {
+        ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
+        if (n == 0 || (n < 0 && errno == ECONNRESET)) return true;
+    }
+    return false;
+}
+
+std::vector<uint8_t> frame(uint32_t length, uint32_t type, std::vector<uint8_t> body) {
+    std::vector<uint8_t> bytes(8);
+    memcpy(bytes.data(), &length, 4);
+    memcpy(bytes.data() + 4, &type, 4);
+    bytes.insert(bytes.end(), body.begin(), body.end());
+    return bytes;
+}
+
+class SocketTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        char base[] = "/tmp/binder_socket_testXXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(base));
+        base_ = base;
+        dir_ = base_ + "/dir";
+        ASSERT_TRUE(binder_host::setHostDirectory(dir_));
+        std::ofstream(dir_ + "/manifest") << kName << "\n" << kOther << "\n";
+    }
+
+    void TearDown() override {
+        for (pid_t pid : children_) {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+        binder_host::resetServiceManager();
+        binder_host::setHostDirectory("");
+        std::filesystem::remove_all(base_);
+        // Calls from the service may still be finishing on binder threads.
+        for (auto& state : states_) {
+            std::unique_lock<std::mutex> lock(state->mutex);
+            EXPECT_TRUE(state->cv.wait_for(lock, 5s, [&] { return state->destroyed.load(); }));
+        }
+    }
+
+    pid_t spawnService(const char* instance) {
+        std::vector<std::string> env;
+        for (char** e = environ; *e != nullptr; ++e) {
+            if (strncmp(*e, "BINDER_HOST_DIR=", 16) != 0) env.emplace_back(*e);
+        }
+        env.push_back("BINDER_HOST_DIR=" + dir_);
+        std::vector<char*> envp;
+        for (std::string& e : env) envp.push_back(e.data());
+        envp.push_back(nullptr);
+        std::string path = SOCKET_ECHO_SERVICE;
+        std::string name = instance;
+        char* argv[] = {path.data(), name.data(), nullptr};
+        pid_t pid = 0;
+        if (posix_spawn(&pid, path.c_str(), nullptr, nullptr, argv, envp.data()) != 0) return -1;
+        children_.push_back(pid);
+        return pid;
+    }
+
+    void killChild(pid_t pid, int signal = SIGKILL, int* status = nullptr) {
+        kill(pid, signal);
+        int ignored = 0;
+        waitpid(pid, status != nullptr ? status : &ignored, 0);
+        children_.erase(std::find(children_.begin(), children_.end(), pid));
+    }
+
+    static ndk::SpAIBinder waitForEcho(const char* instance) {
+        ndk::SpAIBinder binder(AServiceManager_waitForService(instance));
+        if (binder.get() != nullptr) AIBinder_associateClass(binder.get(), echoClass());
+        return binder;
+    }
+
+    // Lives until after TearDown, so late callbacks from the service still find it.
+    EchoState& makeState() { return *states_.emplace_back(std::make_unique<EchoState>()); }
+
+    std::string base_;
+    std::string dir_;
+
+  private:
+    std::vector<pid_t> children_;
+    std::vector<std::unique_ptr<EchoState>> states_;
+};
+
+TEST_F(SocketTest, CallsReachAServiceInAnotherProcess) {
+    pid_t child = spawnService(kName);
+    ASSERT_GT(child, 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    EXPECT_TRUE(AIBinder_isRemote(echo.get()));
+    EXPECT_TRUE(AIBinder_isAlive(echo.get()));
+    EXPECT_EQ(STATUS_OK, AIBinder_ping(echo.get()));
+
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "over the socket", &reply));
+    EXPECT_EQ("over the socket", reply);
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), std::string(100000, 'x'), &reply));
+    EXPECT_EQ(100000u, reply->size());
+
+    ndk::SpAIBinder again(AServiceManager_checkService(kName));
+    EXPECT_EQ(echo.get(), again.get());
+    ndk::SpAIBinder got(AServiceManager_getService(kName));
+    EXPECT_EQ(echo.get(), got.get());
+
+    ndk::ScopedAParcel out;
+    ASSERT_EQ(STATUS_OK, call(echo.get(), kCallerIdentity, nullptr, &out));
+    int32_t callingPid = 0, callingUid = 0, servicePid = 0;
+    AParcel_readInt32(out.get(), &callingPid);
+    AParcel_readInt32(out.get(), &callingUid);
+    AParcel_readInt32(out.get(), &servicePid);
+    EXPECT_EQ(getpid(), callingPid);
+    EXPECT_EQ(static_cast<int32_t>(getuid()), callingUid);
+    EXPECT_EQ(child, servicePid);
+
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, call(echo.get(), kFail, nullptr, nullptr));
+}
+
+TEST_F(SocketTest, OnewayCallsArriveInOrder) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    constexpr int32_t kCount = 300;
+    for (int32_t i = 0; i < kCount; ++i) {
+        ASSERT_EQ(STATUS_OK,
+                  call(
+                          echo.get(), kRecord, [i](AParcel* in) { AParcel_writeInt32(in, i); },
+                          nullptr, FLAG_ONEWAY));
+    }
+    ndk::ScopedAParcel out;
+    ASSERT_EQ(STATUS_OK, call(
+                                 echo.get(), kWaitRecorded,
+                                 [](AParcel* in) { AParcel_writeInt32(in, kCount); }, &out));
+    std::vector<int32_t> expected(kCount);
+    for (int32_t i = 0; i < kCount; ++i) expected[i] = i;
+    EXPECT_EQ(expected, readInts(out.get()));
+}
+
+TEST_F(SocketTest, ServiceCallsBackWhileTheCallIsInFlight) {
+    pid_t child = spawnService(kName);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    EchoState& mine = makeState();
+    ndk::SpAIBinder callback = newEcho(&mine);
+
+    ndk::ScopedAParcel out;
+    ASSERT_EQ(STATUS_OK, call(
+                                 echo.get(), kCallBack,
+                                 [&](AParcel* in) {
+                                     AParcel_writeStrongBinder(in, callback.get());
+                                     writeString(in, "nested");
+                                 },
+                                 &out));
+    bool serviceSawProxy = false;
+    std::optional<std::string> echoed;
+    AParcel_readBool(out.get(), &serviceSawProxy);
+    readString(out.get(), &echoed);
+    EXPECT_TRUE(serviceSawProxy);
+    EXPECT_EQ("nested", echoed);
+    EXPECT_EQ(1, mine.calls.load());
+    {
+        std::lock_guard<std::mutex> lock(mine.mutex);
+        EXPECT_EQ(child, mine.lastCallingPid);
+    }
+
+    ASSERT_EQ(STATUS_OK, call(
+                                 echo.get(), kCallBackOneway,
+                                 [&](AParcel* in) {
+                                     AParcel_writeStrongBinder(in, callback.get());
+                                     AParcel_writeInt32(in, 42);
+                                 },
+                                 nullptr));
+    ASSERT_TRUE(waitForRecorded(mine, 1));
+    std::lock_guard<std::mutex> lock(mine.mutex);
+    EXPECT_EQ(std::vector<int32_t>{42}, mine.received);
+}
+
+TEST_F(SocketTest, ServiceThreadCallsAKeptCallbackLater) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    EchoState& mine = makeState();
+    ndk::SpAIBinder callback = newEcho(&mine);
+    ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kRemember, callback.get()));
+    ASSERT_EQ(STATUS_OK, call(
+                                 echo.get(), kNotifyLater,
+                                 [](AParcel* in) { AParcel_writeInt32(in, 50); }, nullptr));
+    ASSERT_TRUE(waitForRecorded(mine, 50));
+    std::lock_guard<std::mutex> lock(mine.mutex);
+    for (int32_t i = 0; i < 50; ++i) EXPECT_EQ(i, mine.received[i]);
+}
+
+TEST_F(SocketTest, ObjectsComingBackResolveToTheirOwner) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+
+    ndk::ScopedAParcel out;
+    ASSERT_EQ(STATUS_OK, call(echo.get(), kReturnSelf, nullptr, &out));
+    ndk::SpAIBinder self;
+    ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(out.get(), self.getR()));
+    EXPECT_EQ(echo.get(), self.get());
+
+    // What this process itself sees when its object goes through a parcel.
+    EchoState& mine = makeState();
+    ndk::SpAIBinder callback = newEcho(&mine);
+    ndk::ScopedAParcel parcel(AParcel_create());
+    ASSERT_EQ(STATUS_OK, AParcel_writeStrongBinder(parcel.get(), callback.get()));
+    AParcel_setDataPosition(parcel.get(), 0);
+    ndk::SpAIBinder here;
+    ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(parcel.get(), here.getR()));
+
+    ndk::ScopedAParcel back;
+    ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kReturnBinder, callback.get(), &back));
+    ndk::SpAIBinder returned;
+    ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(back.get(), returned.getR()));
+    EXPECT_EQ(here.get(), returned.get());
+    ASSERT_TRUE(AIBinder_associateClass(returned.get(), echoClass()));
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(returned.get(), "home", &reply));
+    EXPECT_EQ("home", reply);
+    std::lock_guard<std::mutex> lock(mine.mutex);
+    EXPECT_EQ(getpid(), mine.lastCallingPid);
+}
+
+TEST_F(SocketTest, CallbackIsReleasedWhenTheServiceDropsIt) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    EchoState& mine = makeState();
+    {
+        ndk::SpAIBinder callback = newEcho(&mine);
+        ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kRemember, callback.get()));
+    }
+    EXPECT_FALSE(mine.destroyed.load());
+    // The service's release reaches us before the reply does.
+    ASSERT_EQ(STATUS_OK, call(echo.get(), kForget, nullptr, nullptr));
+    EXPECT_TRUE(mine.destroyed.load());
+}
+
+TEST_F(SocketTest, ObjectsOfAThirdProcessAreRefused) {
+    ASSERT_GT(spawnService(kName), 0);
+    ASSERT_GT(spawnService(kOther), 0);
+    ndk::SpAIBinder first = waitForEcho(kName);
+    ndk::SpAIBinder second = waitForEcho(kOther);
+    ASSERT_NE(nullptr, first.get());
+    ASSERT_NE(nullptr, second.get());
+    EXPECT_NE(first.get(), second.get());
+    EXPECT_EQ(STATUS_BAD_VALUE, callWithBinder(second.get(), kRemember, first.get()));
+    std::optional<std::string> reply;
+    EXPECT_EQ(STATUS_OK, callEcho(second.get(), "still fine", &reply));
+    EXPECT_EQ(STATUS_OK, callEcho(first.get(), "still fine", &reply));
+}
+
+TEST_F(SocketTest, KillMidTrafficFailsEveryCallAndFiresRecipientsOnce) {
+    pid_t child = spawnService(kName);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    DeathCounter first;
+    DeathCounter second;
+    ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(onDied));
+    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(echo.get(), recipient.get(), &first));
+    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(echo.get(), recipient.get(), &second));
+
+    std::mutex mutex;
+    std::condition_variable progress;
+    int calls = 0;
+    std::optional<Clock::time_point> killedAt;
+    auto traffic = [&] {
+        std::vector<binder_status_t> unexpected;
+        Clock::duration lastCall{};
+        for (;;) {
+            std::optional<std::string> reply;
+            const auto start = Clock::now();
+            binder_status_t s = callEcho(echo.get(), "traffic", &reply);
+            lastCall = Clock::now() - start;
+            if (s == STATUS_DEAD_OBJECT) break;
+            if (s != STATUS_OK) unexpected.push_back(s);
+            std::lock_guard<std::mutex> lock(mutex);
+            ++calls;
+            progress.notify_all();
+        }
+        return std::make_pair(unexpected, lastCall);
+    };
+    std::vector<std::future<std::pair<std::vector<binder_status_t>, Clock::duration>>> workers;
+    for (int i = 0; i < 4; ++i) workers.push_back(std::async(std::launch::async, traffic));
+    auto blocked = std::async(std::launch::async,
+                              [&] { return call(echo.get(), kBlock, nullptr, nullptr); });
+    {
+        std::unique_lock<std::mutex> lock(mutex);
+        ASSERT_TRUE(progress.wait_for(lock, 5s, [&] { return calls >= 200; }));
+    }
+    kill(child, SIGKILL);
+    killedAt = Clock::now();
+
+    for (auto& worker : workers) {
+        ASSERT_EQ(std::future_status::ready, worker.wait_for(5s));
+        auto [unexpected, lastCall] = worker.get();
+        EXPECT_TRUE(unexpected.empty());
+        EXPECT_LT(lastCall, 3s);
+    }
+    ASSERT_EQ(std::future_status::ready, blocked.wait_for(5s));
+    EXPECT_EQ(STATUS_DEAD_OBJECT, blocked.get());
+    EXPECT_LT(Clock::now() - *killedAt, 5s);
+
+    ASSERT_TRUE(waitForDeaths(first, 1));
+    ASSERT_TRUE(waitForDeaths(second, 1));
+    std::optional<std::string> reply;
+    EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(echo.get(), "after", &reply));
+    EXPECT_FALSE(AIBinder_isAlive(echo.get()));
+    EXPECT_EQ(STATUS_DEAD_OBJECT, AIBinder_linkToDeath(echo.get(), recipient.get(), &first));
+    binder_host::drainNotifications();
+    EXPECT_EQ(1, first.died);
+    EXPECT_EQ(1, second.died);
+    killChild(child);
+}
+
+TEST_F(SocketTest, RestartedServiceIsReachableAgain) {
+    pid_t child = spawnService(kName);
+    ndk::SpAIBinder before = waitForEcho(kName);
+    ASSERT_NE(nullptr, before.get());
+    killChild(child);
+    std::optional<std::string> reply;
+    EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(before.get(), "gone", &reply));
+
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder after = waitForEcho(kName);
+    ASSERT_NE(nullptr, after.get());
+    EXPECT_NE(before.get(), after.get());
+    EXPECT_TRUE(AIBinder_isAlive(after.get()));
+    ASSERT_EQ(STATUS_OK, callEcho(after.get(), "back", &reply));
+    EXPECT_EQ("back", reply);
+    EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(before.get(), "gone", &reply));
+}
+
+TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    const std::string path = dir_ + "/test.vexal.IEcho%2fdefault.sock";
+
+    const std::vector<std::vector<uint8_t>> garbage = {
+            frame(0xffffffffu, 2, {}),                  // beyond the size cap
+            frame(8, 0xdead, std::vector<uint8_t>(8)),  // unknown frame type
+            frame(20, 2, std::vector<uint8_t>(20)),     // transaction cut short
+            frame(12, 4, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
+    };
+    for (const auto& bytes : garbage) {
+        int fd = connectRaw(path);
+        ASSERT_GE(fd, 0);
+        ASSERT_EQ(static_cast<ssize_t>(bytes.size()),
+                  send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL));
+        EXPECT_TRUE(closedByPeer(fd));
+        close(fd);
+    }
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
+    EXPECT_EQ("unharmed", reply);
+}
+
+TEST_F(SocketTest, WaitForServiceBlocksUntilTheSocketAnswers) {
+    const auto start = Clock::now();
+    EXPECT_EQ(nullptr, AServiceManager_waitForService("test.vexal.IEcho/nobody"));
+    EXPECT_EQ(nullptr, AServiceManager_checkService(kName));
+    EXPECT_LT(Clock::now() - start, 1s);
+    EXPECT_TRUE(AServiceManager_isDeclared(kName));
+
+    auto waiter = std::async(std::launch::async, [] { return waitForEcho(kName); });
+    EXPECT_EQ(std::future_status::timeout, waiter.wait_for(100ms));
+    ASSERT_GT(spawnService(kName), 0);
+    ASSERT_EQ(std::future_status::ready, waiter.wait_for(10s));
+    ndk::SpAIBinder echo = waiter.get();
+    ASSERT_NE(nullptr, echo.get());
+    std::optional<std::string> reply;
+    EXPECT_EQ(STATUS_OK, callEcho(echo.get(), "arrived", &reply));
+}
+
+TEST_F(SocketTest, TermStopsTheServiceCleanly) {
+    pid_t child = spawnService(kName);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    EchoState& mine = makeState();
+    ndk::SpAIBinder callback = newEcho(&mine);
+    ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kRemember, callback.get()));
+    int status = 0;
+    killChild(child, SIGTERM, &status);
+    // Under the sanitizers a leak would make the exit status non-zero.
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(0, WEXITSTATUS(status));
+    EXPECT_FALSE(std::filesystem::exists(dir_ + "/test.vexal.IEcho%2fdefault.sock"));
+    std::optional<std::string> reply;
+    EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(echo.get(), "stopped", &reply));
+}
+
+TEST_F(SocketTest, ServesOwnServicesInProcessAndToOthers) {
+    EchoState& mine = makeState();
+    ndk::SpAIBinder local = newEcho(&mine);
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kOther));
+    EXPECT_TRUE(std::filesystem::exists(dir_ + "/test.vexal.IEcho%2fother.sock"));
+    ndk::SpAIBinder here(AServiceManager_checkService(kOther));
+    ASSERT_NE(nullptr, here.get());
+    ASSERT_TRUE(AIBinder_associateClass(here.get(), echoClass()));
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(here.get(), "in process", &reply));
+    std::lock_guard<std::mutex> lock(mine.mutex);
+    EXPECT_EQ(getpid(), mine.lastCallingPid);
+}
+
+class SocketDirTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        char base[] = "/tmp/binder_socket_dirXXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(base));
+        base_ = base;
+    }
+    void TearDown() override {
+        binder_host::resetServiceManager();
+        binder_host::setHostDirectory("");
+        std::filesystem::remove_all(base_);
+    }
+    std::string base_;
+};
+
+TEST_F(SocketDirTest, CreatesAMissingDirectoryPrivate) {
+    const std::string dir = base_ + "/new";
+    const mode_t saved = umask(0);
+    const bool usable = binder_host::setHostDirectory(dir);
+    umask(saved);
+    ASSERT_TRUE(usable);
+    struct stat st = {};
+    ASSERT_EQ(0, stat(dir.c_str(), &st));
+    EXPECT_TRUE(S_ISDIR(st.st_mode));
+    EXPECT_EQ(0700u, st.st_mode & 0777);
+    EXPECT_EQ(dir, binder_host::hostDirectory());
+}
+
+TEST_F(SocketDirTest, RefusesADirectoryOpenToTheGroup) {
+    const std::string dir = base_ + "/shared";
+    ASSERT_EQ(0, mkdir(dir.c_str(), 0700));
+    ASSERT_EQ(0, chmod(dir.c_str(), 0770));
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(binder_host::setHostDirectory(dir));
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(std::string::npos, log.find("refused")) << log;
+    EXPECT_EQ("", binder_host::hostDirectory());
+
+    // Only in-process services remain, and nothing is put in the refused directory.
+    EchoState state;
+    ndk::SpAIBinder local = newEcho(&state);
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
+    ndk::SpAIBinder proxy(AServiceManager_checkService(kName));
+    EXPECT_NE(nullptr, proxy.get());
+    EXPECT_EQ(nullptr, AServiceManager_checkService(kOther));
+    EXPECT_EQ(nullptr, AServiceManager_waitForService(kOther));
+    EXPECT_TRUE(std::filesystem::is_empty(dir));
+    proxy = ndk::SpAIBinder();
+    binder_host::resetServiceManager();
+}
+
+TEST_F(SocketDirTest, RefusesADirectoryOwnedBySomeoneElse) {
+    if (geteuid() != 0) GTEST_SKIP() << "needs root to give the directory away";
+    const std::string dir = base_ + "/theirs";
+    ASSERT_EQ(0, mkdir(dir.c_str(), 0700));
+    ASSERT_EQ(0, chown(dir.c_str(), 65534, 65534));
+    EXPECT_FALSE(binder_host::setHostDirectory(dir));
+    EXPECT_EQ("", binder_host::hostDirectory());
+}
+
+}  // namespace

@@ -1,0 +1,202 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Daemon.h"
+
+extern char** environ;
+
+namespace {
+
+std::string tempDir() {
+    char tmpl[] = "/tmp/troxd-test-XXXXXX";
+    const char* d = mkdtemp(tmpl);
+    return d ? d : "";
+}
+
+bool exists(const std::string& path) {
+    struct stat st {};
+    return stat(path.c_str(), &st) == 0;
+}
+
+std::string slurp(const std::string& path) {
+    std::ifstream in(path);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// troxd as a child process with its standard error on a pipe.
+class Daemon {
+  public:
+    explicit Daemon(std::vector<std::string> args) {
+        int fds[2];
+        if (pipe2(fds, O_CLOEXEC) != 0) return;
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, fds[1], STDERR_FILENO);
+        args.insert(args.begin(), TROXD_PATH);
+        std::vector<char*> argv;
+        for (auto& a : args) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        if (posix_spawn(&pid_, TROXD_PATH, &actions, nullptr, argv.data(), environ) != 0) pid_ = -1;
+        posix_spawn_file_actions_destroy(&actions);
+        close(fds[1]);
+        err_ = fds[0];
+    }
+    ~Daemon() {
+        if (pid_ > 0 && !reaped_) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+        if (err_ >= 0) close(err_);
+    }
+
+    // Reads standard error until it holds `text` or the timeout passes.
+    bool waitForOutput(const std::string& text, std::chrono::milliseconds timeout) {
+        const auto end = std::chrono::steady_clock::now() + timeout;
+        while (output_.find(text) == std::string::npos) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                    end - std::chrono::steady_clock::now());
+            if (left.count() <= 0) return false;
+            pollfd p{err_, POLLIN, 0};
+            if (poll(&p, 1, static_cast<int>(left.count())) <= 0) continue;
+            char buf[4096];
+            const ssize_t n = read(err_, buf, sizeof(buf));
+            if (n <= 0) return output_.find(text) != std::string::npos;
+            output_.append(buf, static_cast<size_t>(n));
+        }
+        return true;
+    }
+
+    // Exit status, or -1 when it did not end within the timeout.
+    int waitForExit(std::chrono::milliseconds timeout) {
+        const auto end = std::chrono::steady_clock::now() + timeout;
+        while (std::chrono::steady_clock::now() < end) {
+            int status = 0;
+            if (waitpid(pid_, &status, WNOHANG) == pid_) {
+                reaped_ = true;
+                waitForOutput("\x01", std::chrono::milliseconds(200));  // collects what is left
+                return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return -1;
+    }
+
+    pid_t pid() const { return pid_; }
+    const std::string& output() const { return output_; }
+
+  private:
+    pid_t pid_ = -1;
+    int err_ = -1;
+    bool reaped_ = false;
+    std::string output_;
+};
+
+constexpr auto kTimeout = std::chrono::seconds(10);
+
+TEST(TroxdTest, UnknownArgumentExitsWithUsage) {
+    Daemon d({"--bogus"});
+    EXPECT_EQ(d.waitForExit(kTimeout), 2);
+    EXPECT_NE(d.output().find("unknown argument '--bogus'"), std::string::npos) << d.output();
+    EXPECT_NE(d.output().find("usage: troxd"), std::string::npos);
+}
+
+TEST(TroxdTest, MissingOptionValueExitsWithUsage) {
+    Daemon d({"--dir"});
+    EXPECT_EQ(d.waitForExit(kTimeout), 2);
+    EXPECT_NE(d.output().find("--dir needs a value"), std::string::npos) << d.output();
+}
+
+TEST(TroxdTest, BadConfigurationExitsBeforeWritingAnything) {
+    const std::string base = tempDir();
+    const std::string dir = base + "/host";
+    const std::string config = base + "/bad.json";
+    std::ofstream(config)
+            << R"({"resources": [{"id": 1, "kind": "boost", "default": 9, "min": 0, "max": 5}]})";
+    Daemon d({"--dir", dir, "--config", config});
+    EXPECT_EQ(d.waitForExit(kTimeout), 1);
+    EXPECT_NE(
+            d.output().find("bad configuration: " + config + ": resources[0]: default is outside"),
+            std::string::npos)
+            << d.output();
+    EXPECT_FALSE(exists(dir)) << "nothing is created for a configuration that cannot run";
+}
+
+TEST(TroxdTest, UnreadableConfigurationIsReported) {
+    Daemon d({"--config", "/nonexistent/troxd.json"});
+    EXPECT_EQ(d.waitForExit(kTimeout), 1);
+    EXPECT_NE(d.output().find("cannot read /nonexistent/troxd.json"), std::string::npos);
+}
+
+TEST(TroxdTest, ServesWithTheDefaultConfigurationAndStopsCleanlyOnSigterm) {
+    const std::string dir = tempDir() + "/host";
+    Daemon d({"--dir", dir});
+    ASSERT_TRUE(d.waitForOutput("serving vendor.vexal.hardware.trox.ITrox/default", kTimeout))
+            << d.output();
+    EXPECT_EQ(slurp(dir + "/manifest"), "vendor.vexal.hardware.trox.ITrox/default\n");
+    struct stat st {};
+    ASSERT_EQ(stat(dir.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0700u);
+    const std::regex logcat(
+            R"(\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ I troxd: service ready: 22 resources)");
+    EXPECT_TRUE(std::regex_search(d.output(), logcat)) << d.output();
+    ASSERT_EQ(kill(d.pid(), SIGTERM), 0);
+    EXPECT_EQ(d.waitForExit(kTimeout), 0);
+    EXPECT_NE(d.output().find("I troxd: stopping on SIGTERM"), std::string::npos) << d.output();
+}
+
+TEST(TroxdTest, SigintStopsItToo) {
+    Daemon d({"--dir", tempDir()});
+    ASSERT_TRUE(d.waitForOutput("serving", kTimeout)) << d.output();
+    kill(d.pid(), SIGINT);
+    EXPECT_EQ(d.waitForExit(kTimeout), 0);
+}
+
+TEST(DaemonPartsTest, ManifestGainsTheInstanceOnceAndKeepsOtherLines) {
+    const std::string dir = tempDir();
+    std::ofstream(dir + "/manifest") << "# services\nother.Service/default";
+    ASSERT_EQ(troxd::ensureManifest(dir, "a.B/default"), "");
+    ASSERT_EQ(troxd::ensureManifest(dir, "a.B/default"), "");
+    EXPECT_EQ(slurp(dir + "/manifest"), "# services\nother.Service/default\na.B/default\n");
+}
+
+TEST(DaemonPartsTest, DirectoryMustBeADirectory) {
+    const std::string dir = tempDir();
+    std::ofstream(dir + "/file") << "x";
+    EXPECT_NE(troxd::prepareDir(dir + "/file").find("is not a directory"), std::string::npos);
+    EXPECT_NE(troxd::prepareDir(dir + "/no/such/parent").find("cannot create"), std::string::npos);
+    EXPECT_EQ(troxd::prepareDir(dir + "/fresh"), "");
+}
+
+TEST(DaemonPartsTest, LogLineHasTheLogcatLayout) {
+    const std::string line =
+            troxd::formatLogLine(1795000000123LL, 42, 4242, ANDROID_LOG_WARN, "troxd", "hello");
+    const std::regex layout(R"(\d\d-\d\d \d\d:\d\d:\d\d\.123    42  4242 W troxd: hello\n)");
+    EXPECT_TRUE(std::regex_match(line, layout)) << line;
+}
+
+TEST(DaemonPartsTest, ArgumentsAreParsed) {
+    troxd::Options o;
+    std::vector<std::string> args{"troxd", "--dir=/x", "--config", "/c.json", "-v"};
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    EXPECT_EQ(troxd::parseArgs(static_cast<int>(argv.size()), argv.data(), &o), "");
+    EXPECT_EQ(o.dir, "/x");
+    EXPECT_EQ(o.configPath, "/c.json");
+    EXPECT_TRUE(o.verbose);
+}
+
+}  // namespace
