@@ -1,3 +1,5 @@
+#include "../kit/SpawnProgram.h"
+
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
@@ -120,10 +122,10 @@ bool closedByPeer(int fd) {
 }
 
 std::vector<uint8_t> frame(uint32_t length, uint32_t type, std::vector<uint8_t> body) {
-    std::vector<uint8_t> bytes(8);
+    std::vector<uint8_t> bytes(8 + body.size());
     memcpy(bytes.data(), &length, 4);
     memcpy(bytes.data() + 4, &type, 4);
-    bytes.insert(bytes.end(), body.begin(), body.end());
+    if (!body.empty()) memcpy(bytes.data() + 8, body.data(), body.size());
     return bytes;
 }
 
@@ -162,11 +164,11 @@ class SocketTest : public testing::Test {
         std::vector<char*> envp;
         for (std::string& e : env) envp.push_back(e.data());
         envp.push_back(nullptr);
-        std::string path = SOCKET_ECHO_SERVICE;
-        std::string name = instance;
-        char* argv[] = {path.data(), name.data(), nullptr};
         pid_t pid = 0;
-        if (posix_spawn(&pid, path.c_str(), nullptr, nullptr, argv, envp.data()) != 0) return -1;
+        if (vexal::testing::spawnProgram(&pid, {SOCKET_ECHO_SERVICE, instance}, nullptr,
+                                         envp.data()) != 0) {
+            return -1;
+        }
         children_.push_back(pid);
         return pid;
     }

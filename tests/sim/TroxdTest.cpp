@@ -1,3 +1,5 @@
+#include "../kit/SpawnProgram.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -47,10 +49,7 @@ class Daemon {
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_adddup2(&actions, fds[1], STDERR_FILENO);
         args.insert(args.begin(), TROXD_PATH);
-        std::vector<char*> argv;
-        for (auto& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        if (posix_spawn(&pid_, TROXD_PATH, &actions, nullptr, argv.data(), environ) != 0) pid_ = -1;
+        if (vexal::testing::spawnProgram(&pid_, args, &actions, environ) != 0) pid_ = -1;
         posix_spawn_file_actions_destroy(&actions);
         close(fds[1]);
         err_ = fds[0];
