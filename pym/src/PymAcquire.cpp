@@ -65,7 +65,10 @@ TroxRequestParcel eventParcel(int32_t cmdid, const std::string& pkg, const std::
 
 int32_t PymEventAcquire(int32_t cmdid, const std::string& pkg, const std::string& identity,
                         int32_t duration, const std::vector<PymClient::Resource>& resources) {
-    vexal::pym::traceMarker("PymEventAcquire %s", summary(cmdid, pkg, identity, duration).c_str());
+    if (vexal::pym::traceEnabled()) {
+        vexal::pym::traceMarker("PymEventAcquire %s",
+                                summary(cmdid, pkg, identity, duration).c_str());
+    }
     ALOGI("PymEventAcquire, cmdid:%d, pkg:%s, identity:%s", cmdid, orNone(pkg), orNone(identity));
     int32_t handle = -1;
     if (!vexal::pym::connectPymHal()) return -1;
@@ -85,8 +88,10 @@ int32_t PymEventAcquire(int32_t cmdid, const std::string& pkg, const std::string
 
 int32_t PymEventAcquireOneWay(int32_t cmdid, const std::string& pkg, const std::string& identity,
                               int32_t duration, const std::vector<PymClient::Resource>& resources) {
-    vexal::pym::traceMarker("PymEventAcquireOneWay %s",
-                            summary(cmdid, pkg, identity, duration).c_str());
+    if (vexal::pym::traceEnabled()) {
+        vexal::pym::traceMarker("PymEventAcquireOneWay %s",
+                                summary(cmdid, pkg, identity, duration).c_str());
+    }
     ALOGI("PymEventAcquireOneWay, cmdid:%d, pkg:%s, identity:%s", cmdid, orNone(pkg),
           orNone(identity));
     const int32_t handle = pymGetRandomHandle();

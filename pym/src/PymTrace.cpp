@@ -8,7 +8,12 @@
 
 namespace vexal::pym {
 
+bool traceEnabled() {
+    return ATRACE_ENABLED() != 0;
+}
+
 void traceMarker(const char* format, ...) {
+    if (!traceEnabled()) return;
     char buffer[1024] = {};
     va_list args;
     va_start(args, format);

@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -73,6 +75,23 @@ std::string prepareDir(const std::string& dir) {
     }
     if (!S_ISDIR(st.st_mode)) return dir + " is not a directory";
     if (st.st_uid != geteuid()) return "refusing " + dir + ": it belongs to another user";
+    if ((st.st_mode & 077) != 0) {
+        char mode[8];
+        snprintf(mode, sizeof(mode), "%03o", static_cast<unsigned>(st.st_mode & 0777));
+        return "refusing " + dir + ": mode " + mode + " gives access to group or others (chmod 700)";
+    }
+    return {};
+}
+
+std::string checkSocketPath(const std::string& dir, const std::string& instance) {
+    // Same naming as the binder kit: characters other than [A-Za-z0-9._-] become %xx.
+    size_t name = 0;
+    for (unsigned char c : instance) name += isalnum(c) || c == '.' || c == '-' || c == '_' ? 1 : 3;
+    const size_t length = dir.size() + 1 + name + sizeof(".sock") - 1;
+    if (length >= sizeof(sockaddr_un::sun_path)) {
+        return "cannot use " + dir + ": the socket path would be " + std::to_string(length) +
+               " characters, the limit is " + std::to_string(sizeof(sockaddr_un::sun_path) - 1);
+    }
     return {};
 }
 

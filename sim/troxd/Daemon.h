@@ -17,8 +17,11 @@ std::string usage();
 // Empty on success, else what is wrong with the arguments.
 std::string parseArgs(int argc, char** argv, Options* options);
 std::string defaultDir();
-// Creates dir (mode 0700) or checks that the existing one is a directory of ours.
+// Creates dir (mode 0700) or checks that the existing one is a directory of ours, closed to
+// group and others: the binder kit refuses any other, and would leave the service unreachable.
 std::string prepareDir(const std::string& dir);
+// Empty when instance's socket in dir fits a socket address, else why not.
+std::string checkSocketPath(const std::string& dir, const std::string& instance);
 // Adds instance to dir/manifest unless it is named there; replaces the file atomically.
 std::string ensureManifest(const std::string& dir, const std::string& instance);
 // One line in logcat's thread-time layout, with its newline.

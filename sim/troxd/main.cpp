@@ -49,6 +49,9 @@ int main(int argc, char** argv) {
         const char* env = std::getenv("BINDER_HOST_DIR");
         dir = env != nullptr && *env != '\0' ? env : troxd::defaultDir();
     }
+    if (std::string err = troxd::checkSocketPath(dir, sim::kTroxInstance); !err.empty()) {
+        return fail(err, 1);
+    }
     if (std::string err = troxd::prepareDir(dir); !err.empty()) return fail(err, 1);
     // The binder kit reads the directory from the environment on its first use.
     setenv("BINDER_HOST_DIR", dir.c_str(), 1);

@@ -114,39 +114,63 @@ binder_status_t readArrayLength(const AParcel* p, size_t minElementSize, int32_t
     return STATUS_OK;
 }
 
-template <typename T, typename Wire = T>
-binder_status_t writeArray(AParcel* p, const T* array, int32_t length) {
+// The length word, then each element from `writeElement(index)`.
+template <typename WriteElement>
+binder_status_t writeElements(AParcel* p, int32_t length, bool haveElements,
+                              WriteElement&& writeElement) {
     if (p == nullptr) return STATUS_UNEXPECTED_NULL;
-    if (length < -1 || (length > 0 && array == nullptr)) return STATUS_BAD_VALUE;
+    if (length < -1 || (length > 0 && !haveElements)) return STATUS_BAD_VALUE;
     if (binder_status_t s = writeValue<int32_t>(p, length); s != STATUS_OK) return s;
     for (int32_t i = 0; i < length; ++i) {
-        if (binder_status_t s = writeValue<Wire>(p, static_cast<Wire>(array[i])); s != STATUS_OK) {
-            return s;
-        }
+        if (binder_status_t s = writeElement(static_cast<size_t>(i)); s != STATUS_OK) return s;
     }
     return STATUS_OK;
+}
+
+// What a caller's allocator refusing `length` elements means.
+binder_status_t allocationFailure(int32_t length) {
+    return length == -1 ? STATUS_UNEXPECTED_NULL : STATUS_NO_MEMORY;
+}
+
+// The length word (checked against what is left before anything is allocated), the caller's
+// allocation, then each element; on failure the read position is left where it was.
+template <typename Allocate, typename ReadElement>
+binder_status_t readElements(const AParcel* p, size_t minElementSize, Allocate&& allocate,
+                             ReadElement&& readElement) {
+    ReadGuard guard(p);
+    int32_t length = 0;
+    if (binder_status_t s = readArrayLength(p, minElementSize, &length); s != STATUS_OK) return s;
+    if (binder_status_t s = allocate(length); s != STATUS_OK) return s;
+    for (int32_t i = 0; i < length; ++i) {
+        if (binder_status_t s = readElement(static_cast<size_t>(i)); s != STATUS_OK) return s;
+    }
+    return guard.commit();
+}
+
+template <typename T, typename Wire = T>
+binder_status_t writeArray(AParcel* p, const T* array, int32_t length) {
+    return writeElements(p, length, array != nullptr, [&](size_t i) {
+        return writeValue<Wire>(p, static_cast<Wire>(array[i]));
+    });
 }
 
 template <typename T, typename Wire = T>
 binder_status_t readArray(const AParcel* p, void* arrayData,
                           bool (*allocator)(void*, int32_t, T**)) {
     if (p == nullptr || allocator == nullptr) return STATUS_UNEXPECTED_NULL;
-    ReadGuard guard(p);
-    int32_t length = 0;
-    if (binder_status_t s = readArrayLength(p, pad4(sizeof(Wire)), &length); s != STATUS_OK) {
-        return s;
-    }
     T* buffer = nullptr;
-    if (!allocator(arrayData, length, &buffer)) {
-        return length == -1 ? STATUS_UNEXPECTED_NULL : STATUS_NO_MEMORY;
-    }
-    if (length > 0 && buffer == nullptr) return STATUS_NO_MEMORY;
-    for (int32_t i = 0; i < length; ++i) {
-        Wire value{};
-        if (binder_status_t s = readRaw(p, &value, sizeof(Wire)); s != STATUS_OK) return s;
-        buffer[i] = static_cast<T>(value);
-    }
-    return guard.commit();
+    return readElements(
+            p, pad4(sizeof(Wire)),
+            [&](int32_t length) -> binder_status_t {
+                if (!allocator(arrayData, length, &buffer)) return allocationFailure(length);
+                return length > 0 && buffer == nullptr ? STATUS_NO_MEMORY : STATUS_OK;
+            },
+            [&](size_t i) {
+                Wire value{};
+                binder_status_t s = readRaw(p, &value, sizeof(Wire));
+                if (s == STATUS_OK) buffer[i] = static_cast<T>(value);
+                return s;
+            });
 }
 
 }  // namespace
@@ -345,18 +369,11 @@ binder_status_t AParcel_readString(const AParcel* parcel, void* stringData,
 
 binder_status_t AParcel_writeStringArray(AParcel* parcel, const void* arrayData, int32_t length,
                                          AParcel_stringArrayElementGetter getter) {
-    if (parcel == nullptr) return STATUS_UNEXPECTED_NULL;
-    if (length < -1 || (length > 0 && getter == nullptr)) return STATUS_BAD_VALUE;
-    if (binder_status_t s = writeValue<int32_t>(parcel, length); s != STATUS_OK) return s;
-    for (int32_t i = 0; i < length; ++i) {
+    return writeElements(parcel, length, getter != nullptr, [&](size_t i) {
         int32_t elementLength = -1;
-        const char* element = getter(arrayData, static_cast<size_t>(i), &elementLength);
-        if (binder_status_t s = AParcel_writeString(parcel, element, elementLength);
-            s != STATUS_OK) {
-            return s;
-        }
-    }
-    return STATUS_OK;
+        const char* element = getter(arrayData, i, &elementLength);
+        return AParcel_writeString(parcel, element, elementLength);
+    });
 }
 
 binder_status_t AParcel_readStringArray(const AParcel* parcel, void* arrayData,
@@ -365,35 +382,22 @@ binder_status_t AParcel_readStringArray(const AParcel* parcel, void* arrayData,
     if (parcel == nullptr || allocator == nullptr || elementAllocator == nullptr) {
         return STATUS_UNEXPECTED_NULL;
     }
-    ReadGuard guard(parcel);
-    int32_t length = 0;
-    if (binder_status_t s = readArrayLength(parcel, sizeof(int32_t), &length); s != STATUS_OK) {
-        return s;
-    }
-    if (!allocator(arrayData, length)) {
-        return length == -1 ? STATUS_UNEXPECTED_NULL : STATUS_NO_MEMORY;
-    }
-    for (int32_t i = 0; i < length; ++i) {
-        binder_status_t s = readStringInto(parcel, [&](int32_t len, char** buffer) {
-            return elementAllocator(arrayData, static_cast<size_t>(i), len, buffer);
-        });
-        if (s != STATUS_OK) return s;
-    }
-    return guard.commit();
+    return readElements(
+            parcel, sizeof(int32_t),
+            [&](int32_t length) -> binder_status_t {
+                return allocator(arrayData, length) ? STATUS_OK : allocationFailure(length);
+            },
+            [&](size_t i) {
+                return readStringInto(parcel, [&](int32_t len, char** buffer) {
+                    return elementAllocator(arrayData, i, len, buffer);
+                });
+            });
 }
 
 binder_status_t AParcel_writeParcelableArray(AParcel* parcel, const void* arrayData, int32_t length,
                                              AParcel_writeParcelableElement elementWriter) {
-    if (parcel == nullptr) return STATUS_UNEXPECTED_NULL;
-    if (length < -1 || (length > 0 && elementWriter == nullptr)) return STATUS_BAD_VALUE;
-    if (binder_status_t s = writeValue<int32_t>(parcel, length); s != STATUS_OK) return s;
-    for (int32_t i = 0; i < length; ++i) {
-        if (binder_status_t s = elementWriter(parcel, arrayData, static_cast<size_t>(i));
-            s != STATUS_OK) {
-            return s;
-        }
-    }
-    return STATUS_OK;
+    return writeElements(parcel, length, elementWriter != nullptr,
+                         [&](size_t i) { return elementWriter(parcel, arrayData, i); });
 }
 
 binder_status_t AParcel_readParcelableArray(const AParcel* parcel, void* arrayData,
@@ -402,21 +406,12 @@ binder_status_t AParcel_readParcelableArray(const AParcel* parcel, void* arrayDa
     if (parcel == nullptr || allocator == nullptr || elementReader == nullptr) {
         return STATUS_UNEXPECTED_NULL;
     }
-    ReadGuard guard(parcel);
-    int32_t length = 0;
-    if (binder_status_t s = readArrayLength(parcel, sizeof(int32_t), &length); s != STATUS_OK) {
-        return s;
-    }
-    if (!allocator(arrayData, length)) {
-        return length == -1 ? STATUS_UNEXPECTED_NULL : STATUS_NO_MEMORY;
-    }
-    for (int32_t i = 0; i < length; ++i) {
-        if (binder_status_t s = elementReader(parcel, arrayData, static_cast<size_t>(i));
-            s != STATUS_OK) {
-            return s;
-        }
-    }
-    return guard.commit();
+    return readElements(
+            parcel, sizeof(int32_t),
+            [&](int32_t length) -> binder_status_t {
+                return allocator(arrayData, length) ? STATUS_OK : allocationFailure(length);
+            },
+            [&](size_t i) { return elementReader(parcel, arrayData, i); });
 }
 
 binder_status_t AParcel_writeInt32Array(AParcel* p, const int32_t* a, int32_t n) {
@@ -443,17 +438,8 @@ binder_status_t AParcel_writeCharArray(AParcel* p, const char16_t* a, int32_t n)
 
 binder_status_t AParcel_writeBoolArray(AParcel* parcel, const void* arrayData, int32_t length,
                                        AParcel_boolArrayGetter getter) {
-    if (parcel == nullptr) return STATUS_UNEXPECTED_NULL;
-    if (length < -1 || (length > 0 && getter == nullptr)) return STATUS_BAD_VALUE;
-    if (binder_status_t s = writeValue<int32_t>(parcel, length); s != STATUS_OK) return s;
-    for (int32_t i = 0; i < length; ++i) {
-        if (binder_status_t s =
-                    AParcel_writeBool(parcel, getter(arrayData, static_cast<size_t>(i)));
-            s != STATUS_OK) {
-            return s;
-        }
-    }
-    return STATUS_OK;
+    return writeElements(parcel, length, getter != nullptr,
+                         [&](size_t i) { return AParcel_writeBool(parcel, getter(arrayData, i)); });
 }
 
 binder_status_t AParcel_writeByteArray(AParcel* parcel, const int8_t* arrayData, int32_t length) {
@@ -492,20 +478,17 @@ binder_status_t AParcel_readBoolArray(const AParcel* parcel, void* arrayData,
     if (parcel == nullptr || allocator == nullptr || setter == nullptr) {
         return STATUS_UNEXPECTED_NULL;
     }
-    ReadGuard guard(parcel);
-    int32_t length = 0;
-    if (binder_status_t s = readArrayLength(parcel, sizeof(int32_t), &length); s != STATUS_OK) {
-        return s;
-    }
-    if (!allocator(arrayData, length)) {
-        return length == -1 ? STATUS_UNEXPECTED_NULL : STATUS_NO_MEMORY;
-    }
-    for (int32_t i = 0; i < length; ++i) {
-        int32_t raw = 0;
-        if (binder_status_t s = readRaw(parcel, &raw, sizeof(raw)); s != STATUS_OK) return s;
-        setter(arrayData, static_cast<size_t>(i), raw != 0);
-    }
-    return guard.commit();
+    return readElements(
+            parcel, sizeof(int32_t),
+            [&](int32_t length) -> binder_status_t {
+                return allocator(arrayData, length) ? STATUS_OK : allocationFailure(length);
+            },
+            [&](size_t i) {
+                int32_t raw = 0;
+                binder_status_t s = readRaw(parcel, &raw, sizeof(raw));
+                if (s == STATUS_OK) setter(arrayData, i, raw != 0);
+                return s;
+            });
 }
 
 binder_status_t AParcel_readByteArray(const AParcel* parcel, void* arrayData,
@@ -518,9 +501,7 @@ binder_status_t AParcel_readByteArray(const AParcel* parcel, void* arrayData,
         return STATUS_BAD_VALUE;
     }
     int8_t* buffer = nullptr;
-    if (!allocator(arrayData, length, &buffer)) {
-        return length == -1 ? STATUS_UNEXPECTED_NULL : STATUS_NO_MEMORY;
-    }
+    if (!allocator(arrayData, length, &buffer)) return allocationFailure(length);
     if (length > 0) {
         if (buffer == nullptr) return STATUS_NO_MEMORY;
         if (binder_status_t s = readRaw(parcel, buffer, static_cast<size_t>(length));
