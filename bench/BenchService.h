@@ -11,7 +11,10 @@
 #include <android/binder_parcel_utils.h>
 #include <android/binder_status.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -157,5 +160,41 @@ inline binder_status_t rawRelease(AIBinder* binder, int32_t handle) {
     int32_t ignored = 0;
     return rawCall(binder, ITrox::TRANSACTION_troxResCtlRelease, handle, &ignored);
 }
+
+// Runs the tasks in turn, one of each per iteration with the order rotating, and records each
+// task's time. Under a drifting load every task sees the same conditions, which separate runs
+// cannot promise. Returns false when a task failed.
+class Interleaved {
+  public:
+    using Task = std::function<bool()>;
+    explicit Interleaved(std::vector<Task> tasks) : tasks_(std::move(tasks)), samples_(tasks_.size()) {}
+
+    bool runOnce() {
+        const size_t n = tasks_.size();
+        for (size_t k = 0; k < n; ++k) {
+            const size_t i = (k + turn_) % n;
+            const auto start = std::chrono::steady_clock::now();
+            const bool ok = tasks_[i]();
+            const auto end = std::chrono::steady_clock::now();
+            if (!ok) return false;
+            samples_[i].push_back(std::chrono::duration<double, std::nano>(end - start).count());
+        }
+        ++turn_;
+        return true;
+    }
+
+    // Median time of task i in ns: a preempted sample moves it less than it moves a mean.
+    double median(size_t i) {
+        auto& v = samples_[i];
+        if (v.empty()) return 0;
+        std::nth_element(v.begin(), v.begin() + static_cast<long>(v.size() / 2), v.end());
+        return v[v.size() / 2];
+    }
+
+  private:
+    std::vector<Task> tasks_;
+    std::vector<std::vector<double>> samples_;
+    size_t turn_ = 0;
+};
 
 }  // namespace bench

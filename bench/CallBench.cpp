@@ -26,7 +26,7 @@ std::atomic<uint64_t> gLines{0};
 void dropLine(const __android_logger_data* data, const char* message) {
     gLines.fetch_add(1, std::memory_order_relaxed);
     static const bool show = std::getenv("BENCH_SHOW_LOGS") != nullptr;
-    if (show) std::fprintf(stderr, "%s: %s\n", data->tag ? data->tag : "", message);
+    if (show) std::fprintf(stderr, "[min %d] %s: %s\n", __android_log_get_minimum_priority(), data->tag ? data->tag : "", message);
 }
 
 // As on a production device: info and debug lines never reach formatting.
@@ -143,6 +143,48 @@ void BM_PymPair_AllLines(benchmark::State& state) {
     allLogs();
     pymPair(state);
     quietLogs();
+}
+
+// 1, side by side: raw pair, Event API pair at warn, Event API pair with every line delivered.
+void BM_PairInterleaved(benchmark::State& state) {
+    const TroxRequestParcel parcel = eventRequest();
+    AIBinder* binder = gSetup->proxy.get();
+    uint64_t lines = 0;
+    uint64_t allPairs = 0;
+    Interleaved runs({
+            [&] {
+                int32_t handle = -1;
+                return rawAcquire(binder, parcel, &handle) == STATUS_OK &&
+                       rawRelease(binder, handle) == STATUS_OK;
+            },
+            [&] {
+                const int32_t handle = PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
+                PymRelease(handle);
+                return handle == 1;
+            },
+            [&] {
+                allLogs();
+                const uint64_t before = gLines.load();
+                const int32_t handle = PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
+                PymRelease(handle);
+                lines += gLines.load() - before;
+                ++allPairs;
+                quietLogs();
+                return handle == 1;
+            },
+    });
+    quietLogs();
+    for (auto _ : state) {
+        if (!runs.runOnce()) {
+            state.SkipWithError("call failed");
+            break;
+        }
+    }
+    state.counters["raw_ns"] = runs.median(0);
+    state.counters["warn_ns"] = runs.median(1);
+    state.counters["all_lines_ns"] = runs.median(2);
+    state.counters["log_lines_per_pair"] =
+            allPairs ? static_cast<double>(lines) / static_cast<double>(allPairs) : 0;
 }
 
 // 3. Callers are not serialised: per-thread pairs, real time, throughput read from items/s.
@@ -280,6 +322,7 @@ void BM_CallbackRaw(benchmark::State& state) {
 
 }  // namespace
 
+BENCHMARK(BM_PairInterleaved);
 BENCHMARK(BM_RawPair);
 BENCHMARK(BM_BpTroxPair);
 BENCHMARK(BM_PymPair_Warn);

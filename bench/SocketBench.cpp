@@ -226,9 +226,42 @@ void BM_SocketPymPair_Warn(benchmark::State& state) {
     countWaits(state, waits);
 }
 
+// The same three side by side, for figures that a drifting load cannot tilt.
+void BM_SocketInterleaved(benchmark::State& state) {
+    const TroxRequestParcel parcel = eventRequest();
+    std::vector<uint8_t> buffer;
+    Interleaved runs({
+            [&] {
+                return roundTrip(gEchoFd, gAcquireTrip, buffer) &&
+                       roundTrip(gEchoFd, gReleaseTrip, buffer);
+            },
+            [&] {
+                int32_t handle = -1;
+                return rawAcquire(gProxy.get(), parcel, &handle) == STATUS_OK &&
+                       rawRelease(gProxy.get(), handle) == STATUS_OK;
+            },
+            [&] {
+                const int32_t handle = PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
+                PymRelease(handle);
+                return handle == 1;
+            },
+    });
+    for (auto _ : state) {
+        if (!runs.runOnce()) {
+            state.SkipWithError("call failed");
+            break;
+        }
+    }
+    state.counters["socket_ns"] = runs.median(0);
+    state.counters["kit_ns"] = runs.median(1);
+    state.counters["pym_ns"] = runs.median(2);
+    bytesCounters(state);
+}
+
 }  // namespace
 
 // Wall time: the caller waits on the other process, which CPU time would not show.
+BENCHMARK(BM_SocketInterleaved)->UseRealTime();
 BENCHMARK(BM_SocketRawRoundTrips)->UseRealTime();
 BENCHMARK(BM_SocketRawPair)->UseRealTime();
 BENCHMARK(BM_SocketBpTroxPair)->UseRealTime();

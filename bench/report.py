@@ -3,6 +3,7 @@
 import argparse
 import json
 import os
+import re
 from collections import defaultdict
 
 ap = argparse.ArgumentParser()
@@ -12,6 +13,7 @@ ap.add_argument("--compiler", required=True)
 ap.add_argument("--build-type", required=True)
 ap.add_argument("--load", required=True)
 ap.add_argument("--reps", required=True)
+ap.add_argument("--callgrind", required=True, help="callgrind_annotate --tree=caller output")
 args = ap.parse_args()
 
 runs = defaultdict(list)
@@ -50,6 +52,36 @@ def counter(name, key):
     return max(r[key] for r in runs[name])
 
 
+def callgrind_costs(path):
+    """{function line: (inclusive Ir, calls)} from a --tree=caller --inclusive=yes annotation."""
+    costs = {}
+    with open(path) as f:
+        blocks = f.read().split("\n\n")
+    for block in blocks:
+        calls = 0
+        for line in block.splitlines():
+            m = re.match(r"\s*([\d,]+) \([^)]*\)\s+<.*\((\d[\d,]*)x\)", line)
+            if m:
+                calls += int(m.group(2).replace(",", ""))
+                continue
+            m = re.match(r"\s*([\d,]+) \([^)]*\)\s+\*\s+(.*)", line)
+            if m:
+                costs[m.group(2)] = (int(m.group(1).replace(",", "")), calls)
+    return costs
+
+
+CG = callgrind_costs(args.callgrind)
+
+
+def ir_per_call(pattern):
+    """Inclusive instructions per call of the one function whose line matches pattern."""
+    found = [(k, v) for k, v in CG.items() if re.search(pattern, k)]
+    if len(found) != 1 or found[0][1][1] == 0:
+        raise SystemExit(f"callgrind: {len(found)} functions match {pattern}")
+    ir, calls = found[0][1]
+    return ir / calls, calls
+
+
 def f_ns(v):
     return f"{v / 1000:.2f} µs" if abs(v) >= 1000 else f"{v:.1f} ns"
 
@@ -67,42 +99,66 @@ def yes(ok):
 
 notes = []
 
-# 1. In process.
-raw = ns("BM_RawPair")
-bp = ns("BM_BpTroxPair")
-warn = ns("BM_PymPair_Warn")
-all_lines = ns("BM_PymPair_AllLines")
-lines = counter("BM_PymPair_AllLines", "log_lines_per_iter")
+def counter_median(name, key):
+    """Median over the repetitions of a counter (itself a median of interleaved samples)."""
+    values = sorted(r[key] for r in runs[name])
+    return values[len(values) // 2]
+
+
+# 1. In process. The verdict comes from the interleaved run: one raw pair, one pair at warn and
+# one with every line delivered per iteration, so a drifting load falls on all three alike.
+IL = "BM_PairInterleaved"
+raw = counter_median(IL, "raw_ns")
+warn = counter_median(IL, "warn_ns")
+all_lines = counter_median(IL, "all_lines_ns")
+lines = counter_median(IL, "log_lines_per_pair")
 r = warn / raw
-row("1", "PymEventAcquire + PymRelease, in-process, liblog minimum priority warn", f_ns(warn),
-    "2 raw AIBinder_transact, same parcels", f_ns(raw), f"{r:.2f}×", "≤ 1.3×", yes(r <= 1.3))
-row("1", "the same pair through the generated BpTrox (no library)", f_ns(bp),
-    "2 raw AIBinder_transact", f_ns(raw), f"{bp / raw:.2f}×")
+row("1", "PymEventAcquire + PymRelease, in-process, liblog minimum priority warn (interleaved, median)",
+    f_ns(warn), "2 raw AIBinder_transact, same parcels, same service", f_ns(raw), f"{r:.2f}×",
+    "≤ 1.3×", yes(r <= 1.3))
+acq_ir, _ = ir_per_call(r"^\?\?\?:PymEventAcquire \[")
+rel_ir, _ = ir_per_call(r"^\?\?\?:PymRelease \[")
+raw_acq_ir, _ = ir_per_call(r"bench::rawCall<aidl::")
+raw_rel_ir, _ = ir_per_call(r"bench::rawCall<int>")
+lib_ir = acq_ir + rel_ir
+raw_ir = raw_acq_ir + raw_rel_ir
+row("1", "the same pair in instructions (callgrind, load-independent)", f"{lib_ir:,.0f} Ir",
+    "2 raw AIBinder_transact", f"{raw_ir:,.0f} Ir", f"{lib_ir / raw_ir:.2f}×", "≤ 1.3×",
+    yes(lib_ir / raw_ir <= 1.3))
 r_all = all_lines / raw
 per_line = (all_lines - warn) / lines if lines else float("nan")
-row("1", f"pair with every line delivered to a dropping logger ({lines:.0f} lines per pair)",
-    f_ns(all_lines), "2 raw AIBinder_transact", f_ns(raw), f"{r_all:.2f}×", "report")
+row("1", f"the pair with every line delivered to a logger that drops it ({lines:.0f} lines per pair; "
+    "interleaved, median)", f_ns(all_lines), "2 raw AIBinder_transact", f_ns(raw), f"{r_all:.2f}×",
+    "report", "—")
 row("1", "cost per delivered log line: (all lines − warn) / lines", f_ns(per_line), "—", "—", "—",
-    "report")
+    "report", "—")
+sep_raw = ns("BM_RawPair")
+row("1", "separate runs, best repetition: Event API pair at warn", f_ns(ns("BM_PymPair_Warn")),
+    "2 raw AIBinder_transact", f_ns(sep_raw), f"{ns('BM_PymPair_Warn') / sep_raw:.2f}×")
+row("1", "separate runs, best repetition: the pair through the generated BpTrox (no library)",
+    f_ns(ns("BM_BpTroxPair")), "2 raw AIBinder_transact", f_ns(sep_raw),
+    f"{ns('BM_BpTroxPair') / sep_raw:.2f}×")
 
-# 2. Across processes.
-sraw = ns("BM_SocketRawRoundTrips/real_time")
-spair = ns("BM_SocketRawPair/real_time")
-sbp = ns("BM_SocketBpTroxPair/real_time")
-spym = ns("BM_SocketPymPair_Warn/real_time")
-req_bytes = counter("BM_SocketRawRoundTrips/real_time", "request_bytes")
-rep_bytes = counter("BM_SocketRawRoundTrips/real_time", "reply_bytes")
+# 2. Across processes, interleaved the same way.
+SI = "BM_SocketInterleaved/real_time"
+sraw = counter_median(SI, "socket_ns")
+spair = counter_median(SI, "kit_ns")
+spym = counter_median(SI, "pym_ns")
+req_bytes = counter(SI, "request_bytes")
+rep_bytes = counter(SI, "reply_bytes")
 r2 = spym / sraw
-row("2", "PymEventAcquire + PymRelease, Unix-socket transport, service in a child process",
-    f_ns(spym),
-    f"2 raw Unix-socket round trips to a child ({req_bytes:.0f} B out, {rep_bytes:.0f} B back)",
+row("2", "PymEventAcquire + PymRelease, Unix-socket transport, service in a child process "
+    "(interleaved, median)", f_ns(spym),
+    f"2 raw Unix-socket round trips to a child process ({req_bytes:.0f} B out, {rep_bytes:.0f} B back)",
     f_ns(sraw), f"{r2:.2f}×", "≤ 1.5×", yes(r2 <= 1.5))
-row("2", "2 raw AIBinder_transact over the socket transport (no library)", f_ns(spair),
-    "2 raw Unix-socket round trips", f_ns(sraw), f"{spair / sraw:.2f}×")
-row("2", "the same pair through the generated BpTrox over the socket transport", f_ns(sbp),
-    "2 raw Unix-socket round trips", f_ns(sraw), f"{sbp / sraw:.2f}×")
-row("2", "library over the kit's own cost: Event API pair", f_ns(spym),
-    "2 raw AIBinder_transact over the socket", f_ns(spair), f"{spym / spair:.2f}×")
+row("2", "2 raw AIBinder_transact over the socket transport (no library; interleaved, median)",
+    f_ns(spair), "2 raw Unix-socket round trips", f_ns(sraw), f"{spair / sraw:.2f}×")
+row("2", "the library's own share: Event API pair", f_ns(spym),
+    "2 raw AIBinder_transact over the socket transport", f_ns(spair), f"{spym / spair:.2f}×")
+sbp = ns("BM_SocketBpTroxPair/real_time")
+row("2", "separate run, best repetition: the pair through the generated BpTrox over the socket",
+    f_ns(sbp), "2 raw Unix-socket round trips, separate run",
+    f_ns(ns("BM_SocketRawRoundTrips/real_time")), f"{sbp / ns('BM_SocketRawRoundTrips/real_time'):.2f}×")
 
 # 3. Concurrency.
 p1 = rate("BM_PymPairThreads/real_time/threads:1")
@@ -175,10 +231,13 @@ w("")
 w(f"- Machine: {cpus} cores at {mhz} MHz, shared with other builds; load average (1, 5, 15 min) "
   f"{args.load} (before -> after the run)")
 w(f"- Compiler: {args.compiler}; build type {args.build_type}")
-w(f"- Library: google benchmark {context.get('library_build_type', '?')} build; "
-  f"{args.reps} repetitions of each benchmark, interleaved at random; each figure is the best "
+w(f"- Google Benchmark as packaged by Debian (it reports itself as a "
+  f"{context.get('library_build_type', '?')} build; it only keeps time); "
+  f"{args.reps} repetitions of each benchmark; each figure is the best "
   "repetition (least disturbed by the other load): lowest time per iteration, highest calls per "
   "second")
+w("- Items 1 and 2 are judged on interleaved runs: each iteration makes one raw pair and one "
+  "library pair (order rotating), and the figure is the median of the per-pair times")
 w("- Baselines run in the same program, against the same do-nothing service, on the same "
   "transport, with the same parcel bytes")
 w("")
@@ -187,10 +246,50 @@ w("|---|---|---|---|---|---|---|---|")
 for rr in rows:
     w("| " + " | ".join(str(x) for x in rr) + " |")
 w("")
-notes_path = os.path.join(os.path.dirname(os.path.abspath(__file__)), "NOTES.md")
-if os.path.exists(notes_path):
-    with open(notes_path) as f:
-        w(f.read().rstrip())
-    w("")
+w("## Notes")
+w("")
+w(f"**1.** Per call, callgrind counts {acq_ir:,.0f} instructions for PymEventAcquire against "
+  f"{raw_acq_ir:,.0f} for the raw acquire, and {rel_ir:,.0f} for PymRelease against "
+  f"{raw_rel_ir:,.0f}. What remains above the raw calls is the generated BpTrox's own frame, "
+  "building the request from the arguments and the connection check under the shared lock. "
+  "The trace-marker text is now built only when tracing is on (pym/src/PymTrace.cpp, "
+  "PymAcquire.cpp); before, every acquire and release formatted it and then dropped it. "
+  f"With every line delivered, each of the {lines:.0f} lines per pair costs about "
+  f"{f_ns(per_line)}; at warn they are filtered before formatting.")
+w("")
+sw_raw = counter("BM_SocketRawRoundTrips/real_time", "client_waits_per_iter")
+sw_kit = counter("BM_SocketRawPair/real_time", "client_waits_per_iter")
+sw_pym = counter("BM_SocketPymPair_Warn/real_time", "client_waits_per_iter")
+verdict2 = "met" if r2 <= 1.5 else "not met"
+w(f"**2.** Target {verdict2}. The raw AIBinder_transact pair over the kit's socket transport, with "
+  f"no library code at all, is already {spair / sraw:.2f}× the raw round trips; the Event API "
+  f"pair is {spym / spair:.2f}× that kit-only pair. The client process sleeps {sw_raw:.1f} times per pair "
+  f"for the raw round trips and {sw_kit:.1f} times for the kit's pair ({sw_pym:.1f} through the "
+  "library): the kit reads replies on a reader thread and wakes the caller through a condition "
+  "variable, and on the service side hands each call from its reader thread to a pool thread. "
+  "Those hand-offs are in host/binder/src/socket_transport.cpp, outside the library; the "
+  "library's share is the same work as in-process.")
+w("")
+verdict3 = "met" if r3 >= 1.6 else "not met"
+w(f"**3.** Target {verdict3} on this machine. A loop that shares nothing reaches only "
+  f"{s2 / s1:.2f}× with two threads here, because the other builds leave less than two free "
+  f"cores; the raw binder pair reaches {k2 / k1:.2f}× and the Event API pair {r3:.2f}×. The callers "
+  f"are not serialised: with two threads a pair blocks {waits:.4f} times (voluntary context "
+  f"switches per pair, {waits:.4f} ≈ 0), and the CPU time per pair is {c2 / c1:.2f}× the "
+  "single-thread figure, so neither waiting nor contention grows. The connection lock is taken "
+  "shared for each call and never exclusively on this path.")
+w("")
+cb_stub_ir, cb_calls = ir_per_call(r"_ITroxCallback_onTransact")
+cb_text_ir, _ = ir_per_call(r"rangeText<std::vector<aidl::vendor::vexal::hardware::trox::TroxRequestData")
+cb_client_ir, _ = ir_per_call(r"TroxCallbackClient::onCallback")
+w(f"**4.** No target. Delivering 32 records costs {f_ns(cb_rec)} per record through the library "
+  f"against {f_ns(cb_raw_rec)} to a do-nothing callback. Callgrind: the generated stub spends "
+  f"{cb_text_ir:,.0f} of its {cb_stub_ir:,.0f} instructions per 32-record callback rendering the "
+  "records as text for the transaction log, because TroxCallbackClient's constructor installs "
+  "BnTroxCallback::logFunc; the stub renders before liblog decides whether to keep the line. "
+  f"TroxCallbackClient::onCallback itself takes {cb_client_ir:,.0f} (copying the records into "
+  "the caller's list). Left as it is: the log line is the library's behaviour, and no target "
+  "asks for the change.")
+w("")
 with open(args.out, "w") as f:
     f.write("\n".join(lines_out))

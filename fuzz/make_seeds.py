@@ -1,3 +1,6 @@
+#!/usr/bin/env python3
+# Writes the seed corpora: python3 fuzz/make_seeds.py fuzz/corpus
+# Hand-made inputs in the wire encoding, so each target starts past its first checks.
 import struct, os, sys
 root = sys.argv[1]
 def i32(v): return struct.pack('<i', v)
@@ -52,7 +55,7 @@ ok = i32(0)
 w('trox_reply', 'ints', b'\0' + b''.join(bytes([op]) + chunk(ok + i32(5)) for op in (2, 3, 6, 8, 12)))
 w('trox_reply', 'records', b'\0' + bytes([4]) + chunk(ok + data_arr([data(1, '2'), data(2, None, '/p')])))
 w('trox_reply', 'strings', b'\0' + bytes([7]) + chunk(ok + s16('value')) + bytes([16]) + chunk(ok + s16('d3f0')))
-w('trox_reply', 'service_specific', b'\0' + bytes([2]) + chunk(i32(-8) + s16('no') + i32(0) + i32(3)))
+w('trox_reply', 'service_error', b'\0' + bytes([2]) + chunk(i32(-8) + s16('no') + i32(0) + i32(3)))
 w('trox_reply', 'exception', b'\0' + bytes([3]) + chunk(i32(-3) + s16('bad') + i32(0)))
 w('trox_reply', 'library', b'\0' + b''.join(bytes([0x80 + op]) + chunk(ok + i32(1)) for op in (0, 1, 2, 6, 10, 11, 14)))
 w('trox_reply', 'library_state', b'\0' + bytes([0x83]) + chunk(ok + data_arr([data(0x40400000, '80')])) +
@@ -79,3 +82,14 @@ w('socket_frames', 'huge', u32(0xffffffff) + u32(2))
 for name, text in [('targetload', '80,90,70'), ('targetload_indexed', '0-80,1-90,2--1'), ('colocation', 'colocation:1,groupmigrate:5-3'),
                    ('gameadp', '1,2;3,4,5;6,7;8,9'), ('numbers', '  -2147483648x'), ('blank', ' \t\r\n'), ('sep', '\x02,;a,,b;;c')]:
     w('wrapper_text', name, text.encode())
+# Socket replies: a HELLO (length-prefixed for the provider), then frames after the first call
+hello = frame(1, u64(5) + fstr(b'fuzz.IPeer'))
+reply_ok = frame(3, u64(1) + i32(0) + u32(0) + u32(4) + i32(7))
+w('socket_replies', 'answer', chunk(hello) + reply_ok)
+w('socket_replies', 'error_reply', chunk(hello) + frame(3, u64(1) + i32(-32) + u32(0) + u32(0)))
+w('socket_replies', 'reply_with_object', chunk(hello) + frame(3, u64(1) + i32(0) + u32(1) + u64(9) + u32(1) + u64(6) + fstr(b'x.IThing') + u32(12) + i32(1) + u64(9)))
+w('socket_replies', 'callback_first', chunk(hello) + transact(4, 77, 1, b'') + reply_ok)
+w('socket_replies', 'release_root', chunk(hello) + frame(4, u64(5) + u32(1)) + reply_ok)
+w('socket_replies', 'other_descriptor', chunk(frame(1, u64(5) + fstr(b'other'))) + reply_ok)
+w('socket_replies', 'short_hello', chunk(hello[:10]))
+w('socket_replies', 'hello_and_more', chunk(hello + reply_ok))

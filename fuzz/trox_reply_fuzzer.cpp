@@ -162,7 +162,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider input(data, size);
     const uint8_t statusByte = input.ConsumeIntegral<uint8_t>();
     gScript = Script{};
-    gScript.status = statusByte < 0xf0 ? STATUS_OK : -static_cast<binder_status_t>(statusByte & 0x3f);
+    static constexpr binder_status_t kFailures[] = {
+            STATUS_UNKNOWN_ERROR,       STATUS_DEAD_OBJECT, STATUS_FAILED_TRANSACTION,
+            STATUS_BAD_VALUE,           STATUS_NO_MEMORY,   STATUS_UNKNOWN_TRANSACTION,
+            STATUS_UNEXPECTED_NULL,     STATUS_BAD_TYPE};
+    gScript.status = statusByte < 0xf0 ? STATUS_OK : kFailures[statusByte & 7];
     std::vector<int> calls;
     while (input.remaining_bytes() > 0 && calls.size() < 8) {
         calls.push_back(input.ConsumeIntegral<uint8_t>());

@@ -64,8 +64,9 @@ TEST(PymctlJson, DatasetAndActions) {
 }
 
 TEST(PymctlJson, ListenRecordsEachChangeBatch) {
-    json doc = parsed({"acquire", "--action", "ACTION_LAUNCH", "--duration", "50", "+", "listen",
-                       "0x01010020", "0x01030010", "--timeout", "400"});
+    // The expiry must fall inside the listen window even on a slow (emulated) machine.
+    json doc = parsed({"acquire", "--action", "ACTION_LAUNCH", "--duration", "600", "+", "listen",
+                       "0x01010020", "0x01030010", "--timeout", "2500"});
     ASSERT_EQ(doc.size(), 2u);
     const json& listen = doc[1];
     EXPECT_EQ(listen["batches"], 1);

@@ -133,11 +133,10 @@ TEST_F(KillTest, EveryCallReturnsTheDeathIsSeenOncePerConnectionAndARestartRecon
     killDuringTrafficAndRestart();
 }
 
-// Known to fail: with the client class's death link ahead of the Event API's, the client-class
-// recipient blocks the kit's notification thread until the restart (a client-class thread holds
-// the connection lock inside AServiceManager_waitForService) and the Event API's reconnect then
-// drops its pending notice, so "[PYM_CLIENT] Trox HAL Service died" is never logged.
-TEST_F(KillTest, DISABLED_DeathIsSeenByBothDoorsWhenTheClientClassLinkedFirst) {
+// The client class's death handler waits for its connection lock while a client-class thread
+// holds it inside AServiceManager_waitForService until the restart; the Event API's handler must
+// not wait behind it, or its reconnect would drop the pending notice and the death go unlogged.
+TEST_F(KillTest, DeathIsSeenByBothDoorsWhenTheClientClassLinkedFirst) {
     // A failed call makes the Event API connect again, which puts its link last.
     ASSERT_EQ(troxHalclient::troxPropertySet("sim.fault.fail_next", "1"), 0);
     ASSERT_EQ(pymInit(), -2);

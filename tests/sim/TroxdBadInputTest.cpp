@@ -324,9 +324,9 @@ TEST(DaemonDirTest, PrepareDirRefusesGroupOrOtherAccess) {
 
 TEST(DaemonDirTest, SocketPathLimit) {
     const std::string instance = "vendor.vexal.hardware.trox.ITrox/default";
-    // After the directory: "/", 43 characters once the slash is escaped, ".sock"; 107 fit.
-    EXPECT_EQ(troxd::checkSocketPath(std::string(58, 'd'), instance), "");
-    EXPECT_NE(troxd::checkSocketPath(std::string(59, 'd'), instance), "");
+    // After the directory: "/", 42 characters once the slash is escaped, ".sock"; 107 fit.
+    EXPECT_EQ(troxd::checkSocketPath(std::string(59, 'd'), instance), "");
+    EXPECT_NE(troxd::checkSocketPath(std::string(60, 'd'), instance), "");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include <android/binder_ibinder.h>
 
-#include <future>
+#include <condition_variable>
 #include <mutex>
 
 #include "binder_internal.h"
@@ -58,20 +58,36 @@ std::vector<DeathLink> DeathLinkList::markDead() {
 
 void deliverDeaths(std::vector<DeathLink> links, bool mayWait) {
     if (links.empty()) return;
-    auto done = std::make_shared<std::promise<void>>();
-    std::future<void> finished = done->get_future();
+    struct Pending {
+        std::mutex mutex;
+        std::condition_variable done;
+        size_t left;
+    };
+    auto pending = std::make_shared<Pending>();
+    pending->left = links.size();
     // Waiting while serving a call, or from a handler, could wait on ourselves.
     const bool wait = mayWait && !isServingTransaction() && !deathNotifier().onWorkerThread();
-    deathNotifier().post([links = std::move(links), done] {
-        for (const DeathLink& link : links) {
-            if (link.recipient->deleted.load()) continue;
-            link.recipient->onDied(link.cookie);
-            auto onUnlinked = link.recipient->onUnlinked.load();
-            if (onUnlinked != nullptr && !link.recipient->deleted.load()) onUnlinked(link.cookie);
-        }
-        done->set_value();
-    });
-    if (wait) finished.wait();
+    auto finishOne = [pending] {
+        std::lock_guard<std::mutex> lock(pending->mutex);
+        if (--pending->left == 0) pending->done.notify_all();
+    };
+    for (DeathLink& link : links) {
+        const bool posted = deathNotifier().post([link = std::move(link), finishOne] {
+            if (!link.recipient->deleted.load()) {
+                link.recipient->onDied(link.cookie);
+                auto onUnlinked = link.recipient->onUnlinked.load();
+                if (onUnlinked != nullptr && !link.recipient->deleted.load()) {
+                    onUnlinked(link.cookie);
+                }
+            }
+            finishOne();
+        });
+        // At exit the notifier is gone and nobody is told.
+        if (!posted) finishOne();
+    }
+    if (!wait) return;
+    std::unique_lock<std::mutex> lock(pending->mutex);
+    pending->done.wait(lock, [&] { return pending->left == 0; });
 }
 
 void notifyUnlinked(const std::vector<DeathLink>& links) {

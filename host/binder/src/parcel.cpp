@@ -87,8 +87,10 @@ binder_status_t readStringInto(const AParcel* p, const StringSink& alloc) {
         return guard.commit();
     }
     if (count < -1) return STATUS_BAD_VALUE;
-    const size_t bytes = (static_cast<size_t>(count) + 1) * sizeof(char16_t);
-    if (pad4(bytes) > remaining(p)) return STATUS_BAD_VALUE;
+    // In 64 bits: on a 32-bit target a hostile count would wrap size_t and pass the check.
+    const uint64_t wireBytes = (static_cast<uint64_t>(count) + 1) * sizeof(char16_t);
+    if (((wireBytes + 3) & ~uint64_t{3}) > remaining(p)) return STATUS_BAD_VALUE;
+    const size_t bytes = static_cast<size_t>(wireBytes);
     std::u16string units(static_cast<size_t>(count) + 1, u'\0');
     memcpy(units.data(), p->data.data() + p->position, bytes);
     if (units.back() != u'\0') return STATUS_BAD_VALUE;

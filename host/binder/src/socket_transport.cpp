@@ -912,10 +912,16 @@ std::shared_ptr<RemoteObject> connectService(const std::string& instance) {
     gInUse = true;
     state();
     Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    if (auto existing = r.clients[path].lock()) {
-        if (auto root = existing->root()) return root;
+    auto liveClient = [&]() -> std::shared_ptr<RemoteObject> {
+        if (auto existing = r.clients[path].lock()) return existing->root();
+        return nullptr;
+    };
+    {
+        std::lock_guard<std::mutex> lock(r.mutex);
+        if (auto root = liveClient()) return root;
     }
+    // Connect and wait for the hello without the registry lock: a service that is slow to
+    // answer must not hold up every other lookup in the process.
     int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (fd < 0) return nullptr;
     sockaddr_un addr{};
@@ -930,6 +936,12 @@ std::shared_ptr<RemoteObject> connectService(const std::string& instance) {
         logError("%s: no answer from the service at %s", instance.c_str(), path.c_str());
         connection->close(false);
         return nullptr;
+    }
+    std::lock_guard<std::mutex> lock(r.mutex);
+    // Another thread may have connected meanwhile; one connection per service keeps one proxy.
+    if (auto root = liveClient()) {
+        connection->close(false);
+        return root;
     }
     connection->start();
     r.clients[path] = connection;

@@ -8,43 +8,49 @@ Worker::~Worker() {
     shutdown();
 }
 
-void Worker::post(std::function<void()> task) {
+bool Worker::post(std::function<void()> task) {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (shutDown_) return;
-    if (!thread_.joinable()) {
-        thread_ = std::thread([this] { run(); });
-        threadId_ = thread_.get_id();
-    }
+    if (shutDown_) return false;
     queue_.push_back(std::move(task));
+    const size_t idle = threads_.size() - busy_;
+    if (queue_.size() > idle && threads_.size() < maxThreads_) {
+        threads_.emplace_back([this] { run(); });
+        threadIds_.push_back(threads_.back().get_id());
+    }
     cv_.notify_all();
+    return true;
 }
 
 void Worker::drain() {
     if (onWorkerThread()) return;
     std::unique_lock<std::mutex> lock(mutex_);
-    cv_.wait(lock, [this] { return shutDown_ || (queue_.empty() && !busy_); });
+    cv_.wait(lock, [this] { return shutDown_ || (queue_.empty() && busy_ == 0); });
 }
 
 void Worker::shutdown() {
-    std::thread thread;
+    std::vector<std::thread> threads;
     {
         std::lock_guard<std::mutex> lock(mutex_);
         if (shutDown_) return;
         shutDown_ = true;
-        thread = std::move(thread_);
+        threads = std::move(threads_);
     }
     cv_.notify_all();
-    if (!thread.joinable()) return;
-    if (thread.get_id() == std::this_thread::get_id()) {
-        thread.detach();
-    } else {
-        thread.join();
+    for (std::thread& thread : threads) {
+        if (thread.get_id() == std::this_thread::get_id()) {
+            thread.detach();
+        } else {
+            thread.join();
+        }
     }
 }
 
 bool Worker::onWorkerThread() const {
     std::lock_guard<std::mutex> lock(mutex_);
-    return threadId_ == std::this_thread::get_id();
+    for (const auto& id : threadIds_) {
+        if (id == std::this_thread::get_id()) return true;
+    }
+    return false;
 }
 
 void Worker::run() {
@@ -55,12 +61,12 @@ void Worker::run() {
         if (queue_.empty()) break;
         std::function<void()> task = std::move(queue_.front());
         queue_.pop_front();
-        busy_ = true;
+        ++busy_;
         lock.unlock();
         task();
         task = nullptr;
         lock.lock();
-        busy_ = false;
+        --busy_;
         cv_.notify_all();
     }
 }
@@ -68,8 +74,8 @@ void Worker::run() {
 namespace {
 
 // Never destroyed: handlers may run while other statics are torn down. Stopped at exit.
-Worker* makeWorker(void (*stopAtExit)()) {
-    auto* worker = new Worker();
+Worker* makeWorker(size_t maxThreads, void (*stopAtExit)()) {
+    auto* worker = new Worker(maxThreads);
     std::atexit(stopAtExit);
     return worker;
 }
@@ -77,12 +83,12 @@ Worker* makeWorker(void (*stopAtExit)()) {
 }  // namespace
 
 Worker& onewayDispatcher() {
-    static Worker* worker = makeWorker([] { onewayDispatcher().shutdown(); });
+    static Worker* worker = makeWorker(1, [] { onewayDispatcher().shutdown(); });
     return *worker;
 }
 
 Worker& deathNotifier() {
-    static Worker* worker = makeWorker([] { deathNotifier().shutdown(); });
+    static Worker* worker = makeWorker(16, [] { deathNotifier().shutdown(); });
     return *worker;
 }
 
