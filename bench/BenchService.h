@@ -12,11 +12,13 @@
 #include <android/binder_status.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace bench {
@@ -37,13 +39,18 @@ class NullTrox : public BnTrox {
     Status reservedSlot1() override { return Status::ok(); }
     Status trox_init() override { return Status::ok(); }
     Status troxResCtlRequest(const TroxRequestParcel&, int32_t* out) override {
+        pause();
         *out = 1;
         return Status::ok();
     }
     Status troxResCtlRelease(int32_t, int32_t* out) override {
+        pause();
         *out = 0;
         return Status::ok();
     }
+    // A service that takes this long per acquire or release, off the CPU: with it, whether
+    // callers overlap no longer depends on how many free cores the machine has.
+    void setPause(std::chrono::microseconds pause) { pause_.store(pause.count()); }
     Status troxResStateRequest(const TroxRequestParcel&, std::vector<TroxRequestData>*) override {
         return Status::ok();
     }
@@ -82,6 +89,14 @@ class NullTrox : public BnTrox {
         return Status::ok();
     }
     Status troxResCtlRequestOneWay(const TroxRequestParcel&) override { return Status::ok(); }
+
+  private:
+    void pause() const {
+        if (const long us = pause_.load(std::memory_order_relaxed); us > 0) {
+            std::this_thread::sleep_for(std::chrono::microseconds(us));
+        }
+    }
+    std::atomic<long> pause_{0};
 };
 
 class NullCallback : public BnTroxCallback {

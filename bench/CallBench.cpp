@@ -23,10 +23,11 @@ using namespace bench;
 
 std::atomic<uint64_t> gLines{0};
 
+// Counts and drops each line; with BENCH_SHOW_LOGS set it also prints them, to see what counts.
 void dropLine(const __android_logger_data* data, const char* message) {
     gLines.fetch_add(1, std::memory_order_relaxed);
     static const bool show = std::getenv("BENCH_SHOW_LOGS") != nullptr;
-    if (show) std::fprintf(stderr, "[min %d] %s: %s\n", __android_log_get_minimum_priority(), data->tag ? data->tag : "", message);
+    if (show) std::fprintf(stderr, "%s: %s\n", data->tag ? data->tag : "", message);
 }
 
 // As on a production device: info and debug lines never reach formatting.
@@ -222,6 +223,22 @@ void BM_RawPairThreads(benchmark::State& state) {
     countSwitches(state, before);
 }
 
+// The same with a service that sleeps in each call: overlapping callers finish together however
+// busy the machine is, serialised ones take twice as long.
+constexpr std::chrono::microseconds kServicePause{200};
+
+void BM_PymPairThreadsSlowService(benchmark::State& state) {
+    if (state.thread_index() == 0) {
+        quietLogs();
+        gSetup->service->setPause(kServicePause);
+    }
+    for (auto _ : state) {
+        PymRelease(PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources));
+    }
+    state.SetItemsProcessed(state.iterations());
+    if (state.thread_index() == 0) gSetup->service->setPause(std::chrono::microseconds(0));
+}
+
 // What two threads can get from this machine at all right now: a loop that shares nothing.
 void BM_SpinThreads(benchmark::State& state) {
     for (auto _ : state) {
@@ -243,54 +260,91 @@ std::list<PymClient::Resource> resourceList(int count) {
     return list;
 }
 
-void BM_ClientRequest(benchmark::State& state) {
+// Raw call and library call with the same parcel, side by side.
+void BM_ClientInterleaved(benchmark::State& state) {
     quietLogs();
-    auto list = resourceList(static_cast<int>(state.range(0)));
+    const int count = static_cast<int>(state.range(0));
+    auto list = resourceList(count);
+    const TroxRequestParcel parcel = resourceRequest(count);
+    AIBinder* binder = gSetup->proxy.get();
+    Interleaved runs({
+            [&] {
+                int32_t handle = -1;
+                return rawAcquire(binder, parcel, &handle) == STATUS_OK;
+            },
+            [&] { return troxHalclient::troxResCtlRequest(-1, kDuration, list, -1, -1, 1234) == 1; },
+    });
     for (auto _ : state) {
-        if (troxHalclient::troxResCtlRequest(-1, kDuration, list, -1, -1, 1234) != 1) {
+        if (!runs.runOnce()) {
             state.SkipWithError("request failed");
             break;
         }
     }
-    state.counters["records"] = static_cast<double>(state.range(0));
+    state.counters["raw_ns"] = runs.median(0);
+    state.counters["lib_ns"] = runs.median(1);
 }
 
-void BM_RawRequest(benchmark::State& state) {
-    quietLogs();
-    const TroxRequestParcel parcel = resourceRequest(static_cast<int>(state.range(0)));
-    AIBinder* binder = gSetup->proxy.get();
+// Encoding and decoding a 1-record and a 32-record request, side by side.
+bool codec(const TroxRequestParcel& parcel) {
+    ndk::ScopedAParcel p(AParcel_create());
+    if (ndk::AParcel_writeData(p.get(), parcel) != STATUS_OK) return false;
+    AParcel_setDataPosition(p.get(), 0);
+    TroxRequestParcel decoded;
+    if (ndk::AParcel_readData(p.get(), &decoded) != STATUS_OK) return false;
+    benchmark::DoNotOptimize(decoded.requestData.data());
+    return decoded.requestData.size() == parcel.requestData.size();
+}
+
+void BM_CodecInterleaved(benchmark::State& state) {
+    const TroxRequestParcel one = resourceRequest(1);
+    const TroxRequestParcel many = resourceRequest(32);
+    Interleaved runs({[&] { return codec(one); }, [&] { return codec(many); }});
     for (auto _ : state) {
-        int32_t handle = -1;
-        if (rawAcquire(binder, parcel, &handle) != STATUS_OK) {
-            state.SkipWithError("raw call failed");
+        if (!runs.runOnce()) {
+            state.SkipWithError("codec failed");
             break;
         }
     }
-    state.counters["records"] = static_cast<double>(state.range(0));
-}
-
-void BM_ParcelCodec(benchmark::State& state) {
-    const TroxRequestParcel parcel = resourceRequest(static_cast<int>(state.range(0)));
-    for (auto _ : state) {
-        ndk::ScopedAParcel p(AParcel_create());
-        ndk::AParcel_writeData(p.get(), parcel);
-        AParcel_setDataPosition(p.get(), 0);
-        TroxRequestParcel decoded;
-        if (ndk::AParcel_readData(p.get(), &decoded) != STATUS_OK) {
-            state.SkipWithError("decode failed");
-            break;
-        }
-        benchmark::DoNotOptimize(decoded.requestData.data());
-    }
-    state.counters["records"] = static_cast<double>(state.range(0));
+    state.counters["one_ns"] = runs.median(0);
+    state.counters["many_ns"] = runs.median(1);
 }
 
 // The service calling back: through the library's callback client to a no-op IClientCallback,
 // against the same call to a do-nothing callback object without the library's transaction log.
+// The call is one-way, so each task also waits until the kit has delivered it.
 std::vector<TroxRequestData> callbackRecords(int count) {
     return resourceRequest(count).requestData;
 }
 
+void BM_CallbackInterleaved(benchmark::State& state) {
+    quietLogs();
+    const auto records = callbackRecords(static_cast<int>(state.range(0)));
+    const auto libraryLog = BnTroxCallback::logFunc;
+    Interleaved runs({
+            [&] {
+                BnTroxCallback::logFunc = nullptr;
+                const bool ok = gSetup->nullCallback->onCallback(records).isOk();
+                binder_host::drainNotifications();
+                BnTroxCallback::logFunc = libraryLog;
+                return ok;
+            },
+            [&] {
+                const bool ok = gSetup->clientCallback->onCallback(records).isOk();
+                binder_host::drainNotifications();
+                return ok;
+            },
+    });
+    for (auto _ : state) {
+        if (!runs.runOnce()) {
+            state.SkipWithError("callback failed");
+            break;
+        }
+    }
+    state.counters["raw_ns"] = runs.median(0);
+    state.counters["lib_ns"] = runs.median(1);
+}
+
+// Only for the instruction profile in bench/run.
 void BM_CallbackClient(benchmark::State& state) {
     quietLogs();
     const auto records = callbackRecords(static_cast<int>(state.range(0)));
@@ -300,24 +354,8 @@ void BM_CallbackClient(benchmark::State& state) {
             state.SkipWithError("callback failed");
             break;
         }
+        binder_host::drainNotifications();
     }
-    state.counters["records"] = static_cast<double>(state.range(0));
-}
-
-void BM_CallbackRaw(benchmark::State& state) {
-    quietLogs();
-    const auto saved = BnTroxCallback::logFunc;
-    BnTroxCallback::logFunc = nullptr;
-    const auto records = callbackRecords(static_cast<int>(state.range(0)));
-    ITroxCallback& callback = *gSetup->nullCallback;
-    for (auto _ : state) {
-        if (!callback.onCallback(records).isOk()) {
-            state.SkipWithError("callback failed");
-            break;
-        }
-    }
-    BnTroxCallback::logFunc = saved;
-    state.counters["records"] = static_cast<double>(state.range(0));
 }
 
 }  // namespace
@@ -329,12 +367,12 @@ BENCHMARK(BM_PymPair_Warn);
 BENCHMARK(BM_PymPair_AllLines);
 BENCHMARK(BM_RawPairThreads)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_PymPairThreads)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_PymPairThreadsSlowService)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_SpinThreads)->Threads(1)->Threads(2)->UseRealTime();
-BENCHMARK(BM_RawRequest)->Arg(1)->Arg(8)->Arg(32);
-BENCHMARK(BM_ClientRequest)->Arg(1)->Arg(8)->Arg(32);
-BENCHMARK(BM_ParcelCodec)->Arg(1)->Arg(32);
-BENCHMARK(BM_CallbackRaw)->Arg(1)->Arg(32);
-BENCHMARK(BM_CallbackClient)->Arg(1)->Arg(32);
+BENCHMARK(BM_ClientInterleaved)->Arg(1)->Arg(8)->Arg(32);
+BENCHMARK(BM_CodecInterleaved);
+BENCHMARK(BM_CallbackInterleaved)->Arg(1)->Arg(32);
+BENCHMARK(BM_CallbackClient)->Arg(32);
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
