@@ -11,6 +11,7 @@
 
 #include "FuzzSupport.h"
 
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -53,6 +54,7 @@ void drainUntilClosed(int fd) {
         pollfd pfd{fd, POLLIN, 0};
         if (poll(&pfd, 1, static_cast<int>(left.count())) <= 0) continue;
         const ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
+        if (n < 0 && errno == EINTR) continue;
         if (n <= 0) return;
     }
 }
@@ -85,19 +87,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int fd = connectToService();
     // The HELLO comes first; the service's ref in it is the same on every connection.
     uint8_t header[8];
-    FUZZ_CHECK(recv(fd, header, sizeof(header), MSG_WAITALL) == sizeof(header));
+    FUZZ_CHECK(vexal::fuzz::recvExact(fd, header, sizeof(header)));
     uint32_t length = 0;
     memcpy(&length, header, 4);
     FUZZ_CHECK(length < 4096);
     std::string body(length, '\0');
-    FUZZ_CHECK(recv(fd, body.data(), length, MSG_WAITALL) == static_cast<ssize_t>(length));
+    FUZZ_CHECK(vexal::fuzz::recvExact(fd, body.data(), length));
 
-    size_t sent = 0;
-    while (sent < size) {
-        const ssize_t n = send(fd, data + sent, size - sent, MSG_NOSIGNAL);
-        if (n <= 0) break;  // the service already closed on a bad frame
-        sent += static_cast<size_t>(n);
-    }
+    vexal::fuzz::sendAll(fd, data, size);
     shutdown(fd, SHUT_WR);
     drainUntilClosed(fd);
     close(fd);

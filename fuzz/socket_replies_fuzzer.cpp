@@ -13,6 +13,8 @@
 
 #include "FuzzSupport.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -33,18 +35,24 @@ binder_status_t onTransact(AIBinder*, transaction_code_t, const AParcel*, AParce
 void* onCreate(void* args) { return args; }
 void onDestroy(void*) {}
 
+// Polls through libFuzzer's timeout alarm, which interrupts the call.
+int pollRetrying(pollfd* fds, nfds_t count, int ms) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                end - std::chrono::steady_clock::now());
+        const int ready = poll(fds, count, static_cast<int>(std::max<int64_t>(left.count(), 0)));
+        if (ready >= 0 || errno != EINTR) return ready;
+    }
+}
+
 bool waitReadable(int fd, int otherFd, int ms) {
     pollfd p[2] = {{fd, POLLIN, 0}, {otherFd, POLLIN, 0}};
-    return poll(p, 2, ms) > 0 && (p[0].revents & (POLLIN | POLLHUP)) != 0;
+    return pollRetrying(p, 2, ms) > 0 && (p[0].revents & (POLLIN | POLLHUP)) != 0;
 }
 
 void sendAll(int fd, const std::string& bytes) {
-    size_t sent = 0;
-    while (sent < bytes.size()) {
-        const ssize_t n = send(fd, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-        if (n <= 0) return;
-        sent += static_cast<size_t>(n);
-    }
+    vexal::fuzz::sendAll(fd, bytes.data(), bytes.size());
 }
 
 // A HELLO the client can finish reading; anything short of one ends the stream at once so the
@@ -59,8 +67,11 @@ bool holdsWholeFrame(const std::string& bytes) {
 // One connection: hello, then the rest once the client's first call arrived (or it gave up).
 void serve(const std::string& hello, const std::string& rest, int mainDone) {
     pollfd p{gListener, POLLIN, 0};
-    if (poll(&p, 1, 5000) <= 0) return;  // the client never connected (socket mode refused)
-    const int fd = accept4(gListener, nullptr, nullptr, SOCK_CLOEXEC);
+    if (pollRetrying(&p, 1, 5000) <= 0) return;  // the client never connected
+    int fd = -1;
+    do {
+        fd = accept4(gListener, nullptr, nullptr, SOCK_CLOEXEC);
+    } while (fd < 0 && errno == EINTR);
     if (fd < 0) return;
     sendAll(fd, hello);
     if (!holdsWholeFrame(hello)) shutdown(fd, SHUT_WR);
@@ -75,7 +86,9 @@ void serve(const std::string& hello, const std::string& rest, int mainDone) {
     char sink[4096];
     while (std::chrono::steady_clock::now() < end) {
         pollfd q{fd, POLLIN, 0};
-        if (poll(&q, 1, 100) > 0 && recv(fd, sink, sizeof(sink), 0) <= 0) break;
+        if (poll(&q, 1, 100) <= 0) continue;
+        const ssize_t n = recv(fd, sink, sizeof(sink), 0);
+        if (n == 0 || (n < 0 && errno != EINTR)) break;
     }
     close(fd);
 }

@@ -160,7 +160,12 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 // operation, then that call's reply as a length-prefixed chunk.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider input(data, size);
-    const uint8_t statusByte = input.ConsumeIntegral<uint8_t>();
+    // ConsumeIntegral would take bytes from the far end; the layout above reads front to back.
+    auto nextByte = [&input] {
+        const std::vector<uint8_t> byte = input.ConsumeBytes<uint8_t>(1);
+        return byte.empty() ? uint8_t{0} : byte[0];
+    };
+    const uint8_t statusByte = nextByte();
     gScript = Script{};
     static constexpr binder_status_t kFailures[] = {
             STATUS_UNKNOWN_ERROR,       STATUS_DEAD_OBJECT, STATUS_FAILED_TRANSACTION,
@@ -169,7 +174,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     gScript.status = statusByte < 0xf0 ? STATUS_OK : kFailures[statusByte & 7];
     std::vector<int> calls;
     while (input.remaining_bytes() > 0 && calls.size() < 8) {
-        calls.push_back(input.ConsumeIntegral<uint8_t>());
+        calls.push_back(nextByte());
         gScript.replies.push_back(input.ConsumeRandomLengthString(4096));
     }
     for (int call : calls) {

@@ -1,5 +1,6 @@
 #include <android/binder_ibinder.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 
@@ -18,6 +19,11 @@ namespace binder_impl {
 binder_status_t DeathLinkList::add(DeathLink link) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (dead_) return STATUS_DEAD_OBJECT;
+    // Deleted recipients are never called again; without this a caller that relinks with a fresh
+    // recipient after every failed call grows the list for as long as the object lives.
+    links_.erase(std::remove_if(links_.begin(), links_.end(),
+                                [](const DeathLink& l) { return l.recipient->deleted.load(); }),
+                 links_.end());
     links_.push_back(std::move(link));
     return STATUS_OK;
 }
