@@ -16,12 +16,13 @@ class VEXAL_EXPORT IClientCallback {
   public:
     // Declared first: callers built against the device library expect it in the first slot.
     virtual void onCallback(std::list<PymClient::Resource> resources) = 0;
-    virtual ~IClientCallback() = default;
+    // Defined in the library, so that its vtable and type information live there once.
+    virtual ~IClientCallback();
 };
 
 // Path form: values first, then paths, both with one entry per record.
 class VEXAL_EXPORT IClientCallbackByPath {
   public:
     virtual void onCallback(std::vector<std::string> values, std::vector<std::string> paths) = 0;
-    virtual ~IClientCallbackByPath() = default;
+    virtual ~IClientCallbackByPath();
 };

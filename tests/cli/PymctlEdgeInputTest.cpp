@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,13 @@ struct Result {
 
 Result run(std::vector<std::string> args) {
     args.insert(args.begin(), pymctlPath());
+    // Cross-built tests run under an emulator, which must run pymctl too.
+    if (const char* emulator = std::getenv("VEXAL_TEST_EMULATOR"); emulator != nullptr) {
+        std::istringstream words(emulator);
+        std::vector<std::string> prefix;
+        for (std::string word; words >> word;) prefix.push_back(word);
+        args.insert(args.begin(), prefix.begin(), prefix.end());
+    }
     std::vector<char*> argv;
     for (auto& a : args) argv.push_back(a.data());
     argv.push_back(nullptr);
@@ -52,7 +60,7 @@ Result run(std::vector<std::string> args) {
     if (pid == 0) {
         dup2(out[1], STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
-        execv(argv[0], argv.data());
+        execvp(argv[0], argv.data());
         _exit(127);
     }
     close(out[1]);

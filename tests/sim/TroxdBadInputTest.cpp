@@ -94,7 +94,7 @@ Result runTroxd(std::vector<std::string> args, uid_t asUser = static_cast<uid_t>
         if (asUser != static_cast<uid_t>(-1) && (setgid(asUser) != 0 || setuid(asUser) != 0)) {
             _exit(126);
         }
-        execve(argv[0], argv.data(), envp.data());
+        execvpe(argv[0], argv.data(), envp.data());  // the emulator, when there is one, is on PATH
         _exit(127);
     }
     close(fds[1]);
