@@ -79,9 +79,12 @@ class InProcessObject : public RemoteObject, public std::enable_shared_from_this
 
     bool die() override {
         LocalBinder* local;
+        std::vector<DeathLink> links;
         {
             std::lock_guard<std::mutex> lock(mutex_);
             if (dead_) return false;
+            // Links first: a caller that sees the death may drop its proxy, and its links with it.
+            links = links_.markDead();
             dead_ = true;
             local = local_;
             local_ = nullptr;
@@ -91,7 +94,7 @@ class InProcessObject : public RemoteObject, public std::enable_shared_from_this
             std::lock_guard<std::mutex> lock(local->exportMutex);
             if (local->exported.lock().get() == this) local->exported.reset();
         }
-        deliverDeaths(links_.markDead());
+        deliverDeaths(std::move(links));
         local->decStrong();
         return true;
     }

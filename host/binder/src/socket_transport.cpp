@@ -177,8 +177,9 @@ class SocketObject : public RemoteObject {
     SocketObject* asSocketObject() override { return this; }
 
     bool dieAndNotify(bool notify) {
-        if (dead_.exchange(true)) return false;
+        // Links first: a caller that sees the death may drop its proxy, and its links with it.
         std::vector<DeathLink> links = links_.markDead();
+        if (dead_.exchange(true)) return false;
         if (notify) deliverDeaths(std::move(links), /*mayWait=*/false);
         return true;
     }
@@ -314,6 +315,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         std::vector<std::shared_ptr<SocketObject>> imported;
         std::map<uint64_t, std::shared_ptr<Export>> exports;
         std::shared_ptr<SocketObject> root;
+        std::vector<std::shared_ptr<Waiter>> waiters;
         {
             std::unique_lock<std::mutex> lock(mutex_);
             if (closed_) {
@@ -331,11 +333,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
             }
             imports_.clear();
             exports.swap(exports_);
-            for (auto& entry : pending_) {
-                entry.second->done = true;
-                entry.second->status = STATUS_DEAD_OBJECT;
-                entry.second->cv.notify_all();
-            }
+            for (auto& entry : pending_) waiters.push_back(std::move(entry.second));
             pending_.clear();
             root = std::move(root_);
         }
@@ -345,11 +343,18 @@ class Connection : public std::enable_shared_from_this<Connection> {
             std::lock_guard<std::mutex> lock(s.mutex);
             s.connections.erase(shared_from_this());
         }
+        // Deaths are queued before any waiting caller learns of them: a caller that resets its
+        // connection on the failed call drops its proxy, and the proxy's links with it.
         for (auto& object : imported) object->dieAndNotify(notify);
         imported.clear();
         exports.clear();
         root.reset();
         std::lock_guard<std::mutex> lock(mutex_);
+        for (auto& waiter : waiters) {
+            waiter->done = true;
+            waiter->status = STATUS_DEAD_OBJECT;
+            waiter->cv.notify_all();
+        }
         closeFinished_ = true;
         closer_ = std::thread::id();
         closeDone_.notify_all();
@@ -363,8 +368,14 @@ class Connection : public std::enable_shared_from_this<Connection> {
         uint64_t transaction = 0;
         if (!oneway) {
             waiter = std::make_shared<Waiter>();
-            std::lock_guard<std::mutex> lock(mutex_);
-            if (closed_) return STATUS_DEAD_OBJECT;
+            std::unique_lock<std::mutex> lock(mutex_);
+            if (closed_) {
+                // Not before the closing thread has queued the deaths (see close()).
+                if (closer_ != std::this_thread::get_id()) {
+                    closeDone_.wait(lock, [this] { return closeFinished_; });
+                }
+                return STATUS_DEAD_OBJECT;
+            }
             transaction = nextTransaction_++;
             pending_[transaction] = waiter;
         }
