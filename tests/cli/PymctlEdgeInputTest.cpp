@@ -1,6 +1,8 @@
 // pymctl at the edges BadInputTest does not reach: configuration files with the wrong shape,
 // host directories it must refuse, and bytes that are not text. Never a crash; a non-zero exit
 // and one line on standard error for anything refused.
+#include "../kit/SpawnProgram.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -42,13 +44,7 @@ struct Result {
 
 Result run(std::vector<std::string> args) {
     args.insert(args.begin(), pymctlPath());
-    // Cross-built tests run under an emulator, which must run pymctl too.
-    if (const char* emulator = std::getenv("VEXAL_TEST_EMULATOR"); emulator != nullptr) {
-        std::istringstream words(emulator);
-        std::vector<std::string> prefix;
-        for (std::string word; words >> word;) prefix.push_back(word);
-        args.insert(args.begin(), prefix.begin(), prefix.end());
-    }
+    args = vexal::testing::withEmulator(std::move(args));
     std::vector<char*> argv;
     for (auto& a : args) argv.push_back(a.data());
     argv.push_back(nullptr);
@@ -158,9 +154,14 @@ TEST_F(PymctlEdgeInputTest, HostDirectoryTooLongForASocketFailsCleanly) {
 TEST_F(PymctlEdgeInputTest, BytesThatAreNotTextNeverCrashIt) {
     const std::string bad = "\xff\xfe\xc3";
     for (const std::vector<std::string>& args :
-         {std::vector<std::string>{"acquire", "1", bad + "=1"}, {"acquire", "1", "0x10=" + bad},
-          {"prop", "get", bad}, {"prop", "set", bad, bad}, {"actions", bad},
-          {bad}, {"--" + bad}, {"acquire", "--action", bad},
+         {std::vector<std::string>{"acquire", "1", bad + "=1"},
+          {"acquire", "1", "0x10=" + bad},
+          {"prop", "get", bad},
+          {"prop", "set", bad, bad},
+          {"actions", bad},
+          {bad},
+          {"--" + bad},
+          {"acquire", "--action", bad},
           {"acquire", "1", "0x10=" + std::string(100000, 'v')}}) {
         const Result r = run(args);
         EXPECT_GE(r.exitCode, 0) << "ended by a signal: " << r.err;

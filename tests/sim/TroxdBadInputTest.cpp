@@ -1,6 +1,8 @@
 // troxd given bad configuration, arguments or host directories: a message, exit status 1 or 2,
 // no crash, and nothing written (no directory, manifest or socket).
 #include <dirent.h>
+#include "../kit/SpawnProgram.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -67,12 +69,7 @@ struct Result {
 Result runTroxd(std::vector<std::string> args, uid_t asUser = static_cast<uid_t>(-1),
                 const std::vector<std::string>& env = {}) {
     args.insert(args.begin(), troxdPath());
-    if (const char* emulator = std::getenv("VEXAL_TEST_EMULATOR"); emulator != nullptr) {
-        std::istringstream words(emulator);
-        std::vector<std::string> prefix;
-        for (std::string word; words >> word;) prefix.push_back(word);
-        args.insert(args.begin(), prefix.begin(), prefix.end());
-    }
+    args = vexal::testing::withEmulator(std::move(args));
     std::vector<char*> argv;
     for (auto& a : args) argv.push_back(a.data());
     argv.push_back(nullptr);
@@ -176,8 +173,7 @@ TEST_F(TroxdBadConfigTest, DirectoryInsteadOfFile) {
 }
 
 TEST_F(TroxdBadConfigTest, WrongTypes) {
-    const std::string resource =
-            R"({"id": 1, "kind": "boost", "min": 0, "max": 5, "default": 0})";
+    const std::string resource = R"({"id": 1, "kind": "boost", "min": 0, "max": 5, "default": 0})";
     expectRefused(writeConfig("[1, 2]"), "the configuration must be a JSON object");
     expectRefused(writeConfig(R"({"resources": "cpu"})"), "resources: expected an array");
     expectRefused(writeConfig(R"({"resources": [7]})"), "resources[0]: expected an object");
@@ -193,8 +189,9 @@ TEST_F(TroxdBadConfigTest, WrongTypes) {
     expectRefused(writeConfig(R"({"resources": [{"id": 99999999999, "kind": "boost", "min": 0,
                                                  "max": 5, "default": 0}]})"),
                   "id out of 32-bit range");
-    expectRefused(writeConfig(R"({"resources": [)" + resource + R"(], "history": {"enabled": "yes"}})"),
-                  "history.enabled: expected true or false");
+    expectRefused(
+            writeConfig(R"({"resources": [)" + resource + R"(], "history": {"enabled": "yes"}})"),
+            "history.enabled: expected true or false");
     expectRefused(writeConfig(R"({"resources": [)" + resource + R"(], "properties": {"k": [1]}})"),
                   "properties.k: expected a text");
     expectRefused(writeConfig(R"({"resources": [)" + resource + R"(], "actions": [{"id": 1,
@@ -304,9 +301,12 @@ TEST_F(TroxdBadDirTest, PathTooLongForASocket) {
 }
 
 TEST(TroxdBadArgumentsTest, EmptyValuesAndStrayWords) {
-    for (const std::vector<std::string>& args :
-         {std::vector<std::string>{"--dir="}, {"--config="}, {"--config", ""}, {"serve"},
-          {"--dir", "/tmp", "--verbose=1"}, {"-"}}) {
+    for (const std::vector<std::string>& args : {std::vector<std::string>{"--dir="},
+                                                 {"--config="},
+                                                 {"--config", ""},
+                                                 {"serve"},
+                                                 {"--dir", "/tmp", "--verbose=1"},
+                                                 {"-"}}) {
         const Result r = runTroxd(args);
         EXPECT_EQ(r.status, 2) << args[0] << ": " << r.err;
         EXPECT_TRUE(contains(r.err, "usage: troxd")) << r.err;
