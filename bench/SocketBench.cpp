@@ -32,8 +32,9 @@ using namespace bench;
 
 // Header, transaction id, target ref, code, flags, empty object table, parcel size.
 constexpr size_t kTransactOverhead = 8 + 8 + 8 + 4 + 4 + 4 + 4;
-// Header, transaction id, status, empty object table, parcel size.
-constexpr size_t kReplyOverhead = 8 + 8 + 4 + 4 + 4;
+// Header, transaction id, frames sent before it on the shared socket (a reply on a channel),
+// status, empty object table, parcel size.
+constexpr size_t kReplyOverhead = 8 + 8 + 8 + 4 + 4 + 4;
 
 struct RoundTrip {
     size_t request = 0;  // whole frame, header included

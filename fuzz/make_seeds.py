@@ -78,6 +78,7 @@ w('socket_frames', 'stray_reply', frame(3, u64(9) + i32(0) + u32(0) + u32(0)))
 w('socket_frames', 'wrong_token', transact(1, 1, 1, s16('other')))
 w('socket_frames', 'no_target', transact(1, 99, 1, tok))
 w('socket_frames', 'huge', u32(0xffffffff) + u32(2))
+w('socket_frames', 'join_unknown_key', frame(5, u64(0x1234)))
 # Text
 for name, text in [('targetload', '80,90,70'), ('targetload_indexed', '0-80,1-90,2--1'), ('colocation', 'colocation:1,groupmigrate:5-3'),
                    ('gameadp', '1,2;3,4,5;6,7;8,9'), ('numbers', '  -2147483648x'), ('blank', ' \t\r\n'), ('sep', '\x02,;a,,b;;c')]:
@@ -93,3 +94,4 @@ w('socket_replies', 'release_root', chunk(hello) + frame(4, u64(5) + u32(1)) + r
 w('socket_replies', 'other_descriptor', chunk(frame(1, u64(5) + fstr(b'other'))) + reply_ok)
 w('socket_replies', 'short_hello', chunk(hello[:10]))
 w('socket_replies', 'hello_and_more', chunk(hello + reply_ok))
+w('socket_replies', 'hello_with_key', chunk(frame(1, u64(5) + fstr(b'fuzz.IPeer') + u64(0x77))) + reply_ok)

@@ -46,9 +46,21 @@ int pollRetrying(pollfd* fds, nfds_t count, int ms) {
     }
 }
 
+// A HELLO with a channel key makes the client open a second socket for its call; those are
+// closed at once, so the client falls back to its first socket instead of waiting for a HELLO.
 bool waitReadable(int fd, int otherFd, int ms) {
-    pollfd p[2] = {{fd, POLLIN, 0}, {otherFd, POLLIN, 0}};
-    return pollRetrying(p, 2, ms) > 0 && (p[0].revents & (POLLIN | POLLHUP)) != 0;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    for (;;) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                end - std::chrono::steady_clock::now());
+        if (left.count() <= 0) return false;
+        pollfd p[3] = {{fd, POLLIN, 0}, {otherFd, POLLIN, 0}, {gListener, POLLIN, 0}};
+        if (pollRetrying(p, 3, static_cast<int>(left.count())) <= 0) return false;
+        if ((p[0].revents & (POLLIN | POLLHUP)) != 0) return true;
+        if (p[1].revents != 0) return false;
+        const int extra = accept4(gListener, nullptr, nullptr, SOCK_CLOEXEC);
+        if (extra >= 0) close(extra);
+    }
 }
 
 void sendAll(int fd, const std::string& bytes) {

@@ -14,6 +14,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -470,6 +471,158 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
     std::optional<std::string> reply;
     ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
     EXPECT_EQ("unharmed", reply);
+}
+
+// Reads one whole frame from a raw socket; false if the peer closed or sent too little.
+bool readRawFrame(int fd, uint32_t* type, std::vector<uint8_t>* body) {
+    timeval tick{5, 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
+    auto readAll = [fd](uint8_t* data, size_t size) {
+        while (size > 0) {
+            const ssize_t n = recv(fd, data, size, 0);
+            if (n <= 0) return false;
+            data += n;
+            size -= static_cast<size_t>(n);
+        }
+        return true;
+    };
+    uint8_t header[8];
+    if (!readAll(header, sizeof(header))) return false;
+    uint32_t length = 0;
+    memcpy(&length, header, 4);
+    memcpy(type, header + 4, 4);
+    body->resize(length);
+    return readAll(body->data(), length);
+}
+
+struct Hello {
+    uint64_t ref = 0;
+    std::string descriptor;
+    uint64_t key = 0;
+};
+
+// Reads the HELLO the service greets every socket with.
+std::optional<Hello> readHello(int fd) {
+    uint32_t type = 0;
+    std::vector<uint8_t> body;
+    if (!readRawFrame(fd, &type, &body) || type != 1 || body.size() < 12) return std::nullopt;
+    Hello hello;
+    uint32_t length = 0;
+    memcpy(&hello.ref, body.data(), 8);
+    memcpy(&length, body.data() + 8, 4);
+    if (body.size() != 12 + length + 8) return std::nullopt;
+    hello.descriptor.assign(reinterpret_cast<const char*>(body.data() + 12), length);
+    memcpy(&hello.key, body.data() + 12 + length, 8);
+    return hello;
+}
+
+std::vector<uint8_t> joinFrame(uint64_t key) {
+    std::vector<uint8_t> body(8);
+    memcpy(body.data(), &key, 8);
+    return frame(8, 5, body);
+}
+
+bool sendBytes(int fd, const std::vector<uint8_t>& bytes) {
+    return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+}
+
+TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    const std::string path = dir_ + "/test.vexal.IEcho%2fdefault.sock";
+
+    const int owner = connectRaw(path);
+    ASSERT_GE(owner, 0);
+    const std::optional<Hello> hello = readHello(owner);
+    ASSERT_TRUE(hello.has_value());
+    EXPECT_EQ("test.vexal.IEcho", hello->descriptor);
+    ASSERT_NE(0u, hello->key);
+
+    // Another process that learned the key still cannot join.
+    const pid_t stranger = fork();
+    if (stranger == 0) {
+        const int fd = connectRaw(path);
+        const bool refused = fd >= 0 && readHello(fd).has_value() &&
+                             sendBytes(fd, joinFrame(hello->key)) && closedByPeer(fd);
+        _exit(refused ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(stranger, waitpid(stranger, &status, 0));
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "a foreign JOIN was accepted";
+
+    // A key nobody was given.
+    const int guesser = connectRaw(path);
+    ASSERT_GE(guesser, 0);
+    ASSERT_TRUE(readHello(guesser).has_value());
+    ASSERT_TRUE(sendBytes(guesser, joinFrame(hello->key ^ 1)));
+    EXPECT_TRUE(closedByPeer(guesser));
+    close(guesser);
+
+    // The same process joins; the channel answers a call with the frames sent before it.
+    const int channel = connectRaw(path);
+    ASSERT_GE(channel, 0);
+    ASSERT_TRUE(readHello(channel).has_value());
+    ASSERT_TRUE(sendBytes(channel, joinFrame(hello->key)));
+    uint32_t type = 0;
+    std::vector<uint8_t> body;
+    ASSERT_TRUE(readRawFrame(channel, &type, &body));
+    EXPECT_EQ(6u, type);
+    EXPECT_TRUE(body.empty());
+
+    // transaction 7 to the service with an empty parcel: no interface token
+    std::vector<uint8_t> transact(8 + 8 + 4 + 4 + 4 + 4);
+    const uint64_t transaction = 7;
+    const uint32_t code = 0x00abcdef;
+    memcpy(transact.data(), &transaction, 8);
+    memcpy(transact.data() + 8, &hello->ref, 8);
+    memcpy(transact.data() + 16, &code, 4);
+    ASSERT_TRUE(sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), 2, transact)));
+    ASSERT_TRUE(readRawFrame(channel, &type, &body));
+    EXPECT_EQ(3u, type);
+    ASSERT_EQ(8u + 8u + 4u + 4u + 4u, body.size());
+    uint64_t repliedTo = 0;
+    uint64_t framesBefore = 0;
+    int32_t replyStatus = 0;
+    memcpy(&repliedTo, body.data(), 8);
+    memcpy(&framesBefore, body.data() + 8, 8);
+    memcpy(&replyStatus, body.data() + 16, 4);
+    EXPECT_EQ(transaction, repliedTo);
+    EXPECT_EQ(1u, framesBefore) << "only the HELLO went out on the owner's socket";
+    EXPECT_EQ(STATUS_BAD_TYPE, replyStatus);
+
+    // One-way calls have no place on a channel: the connection goes, the service stays.
+    const uint32_t oneway = FLAG_ONEWAY;
+    memcpy(transact.data() + 20, &oneway, 4);
+    ASSERT_TRUE(sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), 2, transact)));
+    EXPECT_TRUE(closedByPeer(channel));
+    EXPECT_TRUE(closedByPeer(owner));
+    close(channel);
+    close(owner);
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
+    EXPECT_EQ("unharmed", reply);
+}
+
+TEST_F(SocketTest, ConcurrentCallersEachGetTheirOwnReply) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    constexpr int kThreads = 12;
+    constexpr int kCalls = 150;
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < kCalls; ++i) {
+                const std::string text = std::to_string(t) + "/" + std::to_string(i);
+                std::optional<std::string> reply;
+                if (callEcho(echo.get(), text, &reply) != STATUS_OK || reply != text) ++wrong;
+            }
+        });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(0, wrong.load());
 }
 
 TEST_F(SocketTest, WaitForServiceBlocksUntilTheSocketAnswers) {

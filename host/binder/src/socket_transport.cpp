@@ -8,6 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -16,6 +17,7 @@
 #include <deque>
 #include <map>
 #include <mutex>
+#include <random>
 #include <set>
 #include <thread>
 #include <unordered_map>
@@ -28,7 +30,8 @@
 #include "process.h"
 
 // Frames on the stream: uint32 body length, uint32 type, then the body, all little-endian.
-//   HELLO    (server to client, once): uint64 ref of the service, string descriptor
+//   HELLO    (server to client, once): uint64 ref of the service, string descriptor, and
+//            optionally uint64 channel key (absent or 0: the server takes no channels)
 //   TRANSACT uint64 transaction id (0 for one-way), uint64 target ref, uint32 code,
 //            uint32 flags, object table, uint32 size, parcel bytes
 //   REPLY    uint64 transaction id, int32 status, object table, uint32 size, parcel bytes
@@ -38,6 +41,19 @@
 // SENDER means the sender's own object (the receiver makes or reuses a proxy), kind RECEIVER
 // means an object the receiver exported earlier (it resolves to the receiver's own object).
 // A string is uint32 length and that many bytes.
+//
+// Channels: a client thread waiting on the shared stream would be woken by the reader thread,
+// and the call would be handed from the service's reader to a pool thread: two extra thread
+// switches per call. So each client thread that makes a two-way call borrows a channel: a
+// second socket to the same listener whose first frame is JOIN (uint64 key from the HELLO).
+// The service answers JOINED (empty) and from then on serves TRANSACTs from that socket on the
+// thread reading it; the caller reads its REPLY itself. Everything else stays on the first
+// socket. A REPLY on a channel carries, after its transaction id, a uint64: how many frames the
+// service had sent on the first socket by then. The caller returns only once its reader has
+// handled that many, so what the service sent before replying is seen first, as on one stream.
+// A reply that hands the client back objects of its own is followed by ACK (empty) from the
+// client once it has resolved them; until then the service keeps its references, so a RELEASE
+// on the first socket cannot make them vanish first.
 
 namespace binder_impl {
 
@@ -53,8 +69,20 @@ constexpr size_t kMaxDescriptor = 4096;
 constexpr auto kHelloTimeout = std::chrono::seconds(5);
 // Ids of socket objects carry this bit so they never collide with local export ids in a parcel.
 constexpr uint64_t kSocketIdBit = uint64_t{1} << 63;
+// Channels a connection keeps open (a thread each on the service side), and how many of them a
+// client keeps when no call uses them.
+constexpr size_t kMaxChannels = 64;
+constexpr size_t kMaxIdleChannels = 8;
 
-enum FrameType : uint32_t { kHello = 1, kTransact = 2, kReply = 3, kRelease = 4 };
+enum FrameType : uint32_t {
+    kHello = 1,
+    kTransact = 2,
+    kReply = 3,
+    kRelease = 4,
+    kJoin = 5,
+    kJoined = 6,
+    kAck = 7
+};
 enum ObjectKind : uint32_t { kSenderObject = 1, kReceiverObject = 2 };
 
 class FrameWriter {
@@ -72,6 +100,7 @@ class FrameWriter {
         bytes_.insert(bytes_.end(), p, p + size);
     }
     size_t bodySize() const { return bytes_.size() - 8; }
+    void truncate(size_t bodySize) { bytes_.resize(8 + bodySize); }
     std::vector<uint8_t>& finish() {
         const auto length = static_cast<uint32_t>(bodySize());
         memcpy(bytes_.data(), &length, 4);
@@ -151,6 +180,37 @@ bool readFull(int fd, uint8_t* data, size_t size,
     return true;
 }
 
+enum class ReadResult { kOk, kClosed, kTooLarge };
+
+ReadResult readFrame(int fd, uint32_t* type, uint32_t* length, std::vector<uint8_t>* body,
+                     const std::chrono::steady_clock::time_point* deadline = nullptr) {
+    uint8_t header[8];
+    if (!readFull(fd, header, sizeof(header), deadline)) return ReadResult::kClosed;
+    memcpy(length, header, 4);
+    memcpy(type, header + 4, 4);
+    if (*length > kMaxFrame) return ReadResult::kTooLarge;
+    body->resize(*length);
+    return readFull(fd, body->data(), *length, deadline) ? ReadResult::kOk : ReadResult::kClosed;
+}
+
+// One socket of a connection's channels; closed when the last user lets go.
+struct Channel {
+    explicit Channel(int socket) : fd(socket) {}
+    ~Channel() { ::close(fd); }
+    Channel(const Channel&) = delete;
+    Channel& operator=(const Channel&) = delete;
+    const int fd;
+};
+
+uint64_t newChannelKey() {
+    static std::mutex mutex;
+    static std::random_device device;
+    std::lock_guard<std::mutex> lock(mutex);
+    uint64_t key = 0;
+    while (key == 0) key = (uint64_t{device()} << 32) | device();
+    return key;
+}
+
 std::atomic<uint64_t> gNextSocketObjectId{1};
 // Set once anything socket-related started, so in-process resets never touch this machinery.
 std::atomic<bool> gInUse{false};
@@ -206,6 +266,8 @@ struct SocketState {
     int readers = 0;
     bool exiting = false;
     std::set<std::shared_ptr<Connection>> connections;
+    // Service side: connections by the channel key their HELLO carried.
+    std::unordered_map<uint64_t, std::weak_ptr<Connection>> byKey;
 };
 
 void stopEverythingAtExit();
@@ -231,7 +293,9 @@ bool exiting() {
 class Connection : public std::enable_shared_from_this<Connection> {
   public:
     Connection(int fd, std::string label) : fd_(fd), label_(std::move(label)) {}
-    ~Connection() { ::close(fd_); }
+    ~Connection() {
+        if (fd_ >= 0) ::close(fd_);
+    }
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
@@ -254,32 +318,34 @@ class Connection : public std::enable_shared_from_this<Connection> {
             slot = std::make_shared<Export>(service, std::move(local));
             slot->count = 1;
         }
+        const uint64_t key = newChannelKey();
+        {
+            SocketState& s = state();
+            std::lock_guard<std::mutex> lock(s.mutex);
+            s.byKey[key] = shared_from_this();
+        }
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            key_ = key;
+        }
         FrameWriter frame(kHello);
         frame.u64(service->id());
         frame.str(service->descriptor());
+        frame.u64(key);
         return sendFrame(frame.finish());
     }
 
-    // Client side, before the reader starts.
-    bool receiveHello() {
-        const auto deadline = std::chrono::steady_clock::now() + kHelloTimeout;
-        uint8_t header[8];
-        if (!readFull(fd_, header, sizeof(header), &deadline)) return false;
-        uint32_t length = 0;
-        uint32_t type = 0;
-        memcpy(&length, header, 4);
-        memcpy(&type, header + 4, 4);
-        if (type != kHello || length > kMaxDescriptor + 12) return false;
-        std::vector<uint8_t> body(length);
-        if (!readFull(fd_, body.data(), length, &deadline)) return false;
-        FrameReader reader(body.data(), body.size());
+    // Client side, before the reader starts. Channels are used only with a path to open them.
+    bool receiveHello(const std::string& path) {
         uint64_t ref = 0;
         std::string descriptor;
-        if (!reader.u64(&ref) || !reader.str(&descriptor, kMaxDescriptor) || !reader.atEnd()) {
-            return false;
-        }
+        uint64_t key = 0;
+        if (!readHello(fd_, &ref, &descriptor, &key)) return false;
         std::lock_guard<std::mutex> lock(mutex_);
         root_ = importLocked(ref, std::move(descriptor));
+        framesHandled_ = 1;
+        key_ = key;
+        if (key != 0) path_ = path;
         return true;
     }
 
@@ -316,14 +382,13 @@ class Connection : public std::enable_shared_from_this<Connection> {
         std::map<uint64_t, std::shared_ptr<Export>> exports;
         std::shared_ptr<SocketObject> root;
         std::vector<std::shared_ptr<Waiter>> waiters;
+        std::set<std::shared_ptr<Channel>> channels;
+        uint64_t key = 0;
         {
             std::unique_lock<std::mutex> lock(mutex_);
             if (closed_) {
-                // Another thread is closing: wait so callers may rely on the objects being
-                // gone. The closing thread itself may get here again through a destructor.
-                if (closer_ != std::this_thread::get_id()) {
-                    closeDone_.wait(lock, [this] { return closeFinished_; });
-                }
+                // Another thread is closing: wait so callers may rely on the objects being gone.
+                waitForCloseLocked(lock);
                 return;
             }
             closed_ = true;
@@ -336,12 +401,20 @@ class Connection : public std::enable_shared_from_this<Connection> {
             for (auto& entry : pending_) waiters.push_back(std::move(entry.second));
             pending_.clear();
             root = std::move(root_);
+            channels.swap(channels_);
+            idleChannels_.clear();
+            key = key_;
         }
-        ::shutdown(fd_, SHUT_RDWR);
+        if (const int fd = fd_; fd >= 0) ::shutdown(fd, SHUT_RDWR);
+        // Callers and service threads blocked on a channel wake up and see the death.
+        for (const auto& channel : channels) ::shutdown(channel->fd, SHUT_RDWR);
+        channels.clear();
         {
             SocketState& s = state();
             std::lock_guard<std::mutex> lock(s.mutex);
             s.connections.erase(shared_from_this());
+            auto it = s.byKey.find(key);
+            if (it != s.byKey.end() && it->second.lock().get() == this) s.byKey.erase(it);
         }
         // Deaths are queued before any waiting caller learns of them: a caller that resets its
         // connection on the failed call drops its proxy, and the proxy's links with it.
@@ -358,39 +431,39 @@ class Connection : public std::enable_shared_from_this<Connection> {
         closeFinished_ = true;
         closer_ = std::thread::id();
         closeDone_.notify_all();
+        framesHandledCv_.notify_all();
     }
 
     binder_status_t call(uint64_t ref, transaction_code_t code, const AParcel& request,
                          binder_flags_t flags, AParcel* reply) {
         if (request.data.size() > kMaxParcelBytes) return STATUS_FAILED_TRANSACTION;
         const bool oneway = (flags & FLAG_ONEWAY) != 0;
+        if (!oneway) {
+            if (std::shared_ptr<Channel> channel = takeChannel()) {
+                binder_status_t status = callOnChannel(*channel, ref, code, request, flags, reply);
+                giveBackChannel(std::move(channel), status);
+                return status;
+            }
+        }
         std::shared_ptr<Waiter> waiter;
         uint64_t transaction = 0;
         if (!oneway) {
             waiter = std::make_shared<Waiter>();
             std::unique_lock<std::mutex> lock(mutex_);
             if (closed_) {
-                // Not before the closing thread has queued the deaths (see close()).
-                if (closer_ != std::this_thread::get_id()) {
-                    closeDone_.wait(lock, [this] { return closeFinished_; });
-                }
+                waitForCloseLocked(lock);
                 return STATUS_DEAD_OBJECT;
             }
             transaction = nextTransaction_++;
             pending_[transaction] = waiter;
         }
         FrameWriter frame(kTransact);
-        frame.u64(transaction);
-        frame.u64(ref);
-        frame.u32(code);
-        frame.u32(flags);
-        if (binder_status_t s = encodeObjects(request, &frame); s != STATUS_OK) {
+        if (binder_status_t s = encodeTransact(transaction, ref, code, flags, request, &frame);
+            s != STATUS_OK) {
             std::lock_guard<std::mutex> lock(mutex_);
             pending_.erase(transaction);
             return s;
         }
-        frame.u32(static_cast<uint32_t>(request.data.size()));
-        frame.raw(request.data.data(), request.data.size());
         if (!sendFrame(frame.finish())) {
             close(!exiting());
             return STATUS_DEAD_OBJECT;
@@ -399,12 +472,38 @@ class Connection : public std::enable_shared_from_this<Connection> {
         std::unique_lock<std::mutex> lock(mutex_);
         waiter->cv.wait(lock, [&waiter] { return waiter->done; });
         if (waiter->status != STATUS_OK) return waiter->status;
-        reply->data = std::move(waiter->reply.data);
-        reply->peerObjects = std::move(waiter->reply.peerObjects);
-        reply->objects.clear();
-        reply->fromPeer = true;
-        reply->position = 0;
+        handOver(&waiter->reply, reply);
         return STATUS_OK;
+    }
+
+    // Service side, on the reader of a fresh socket whose first frame is JOIN: the socket joins
+    // the connection that key belongs to and this thread serves its calls. False if refused.
+    bool becomeChannel(FrameReader* reader) {
+        uint64_t key = 0;
+        if (!reader->u64(&key) || !reader->atEnd() || key == 0) return false;
+        std::shared_ptr<Connection> owner;
+        {
+            SocketState& s = state();
+            std::lock_guard<std::mutex> lock(s.mutex);
+            auto it = s.byKey.find(key);
+            if (it != s.byKey.end()) owner = it->second.lock();
+        }
+        // The key alone is not enough: the channel must come from the same process.
+        if (owner == nullptr || owner.get() == this || owner->peerPid_ != peerPid_) return false;
+        // This connection gives its socket to the channel and ends without a word.
+        std::shared_ptr<Channel> channel;
+        {
+            std::lock_guard<std::mutex> lock(writeMutex_);
+            channel = std::make_shared<Channel>(fd_.exchange(-1));
+        }
+        close(false);
+        // A closed or busy owner lets the socket close: the client calls without a channel.
+        if (!owner->admitChannel(channel)) return true;
+        FrameWriter joined(kJoined);
+        const std::vector<uint8_t>& bytes = joined.finish();
+        if (writeFull(channel->fd, bytes.data(), bytes.size())) owner->serveChannel(channel);
+        owner->dropChannel(channel);
+        return true;
     }
 
     // The last reference to object went away: hand the peer its references back.
@@ -444,6 +543,257 @@ class Connection : public std::enable_shared_from_this<Connection> {
         binder_status_t status = STATUS_OK;
         AParcel reply;
     };
+
+    static void handOver(AParcel* from, AParcel* reply) {
+        reply->data = std::move(from->data);
+        reply->peerObjects = std::move(from->peerObjects);
+        reply->objects.clear();
+        reply->fromPeer = true;
+        reply->position = 0;
+    }
+
+    // A closed connection answers only once the closing thread has queued the deaths (see
+    // close()); the closing thread itself may get here through a destructor.
+    void waitForCloseLocked(std::unique_lock<std::mutex>& lock) {
+        if (closer_ != std::this_thread::get_id()) {
+            closeDone_.wait(lock, [this] { return closeFinished_; });
+        }
+    }
+
+    binder_status_t encodeTransact(uint64_t transaction, uint64_t ref, transaction_code_t code,
+                                   binder_flags_t flags, const AParcel& request,
+                                   FrameWriter* frame) {
+        frame->u64(transaction);
+        frame->u64(ref);
+        frame->u32(code);
+        frame->u32(flags);
+        if (binder_status_t s = encodeObjects(request, frame); s != STATUS_OK) return s;
+        frame->u32(static_cast<uint32_t>(request.data.size()));
+        frame->raw(request.data.data(), request.data.size());
+        return STATUS_OK;
+    }
+
+    static bool readHello(int fd, uint64_t* ref, std::string* descriptor, uint64_t* key) {
+        const auto deadline = std::chrono::steady_clock::now() + kHelloTimeout;
+        uint8_t header[8];
+        if (!readFull(fd, header, sizeof(header), &deadline)) return false;
+        uint32_t length = 0;
+        uint32_t type = 0;
+        memcpy(&length, header, 4);
+        memcpy(&type, header + 4, 4);
+        if (type != kHello || length > kMaxDescriptor + 20) return false;
+        std::vector<uint8_t> body(length);
+        if (!readFull(fd, body.data(), length, &deadline)) return false;
+        FrameReader reader(body.data(), body.size());
+        if (!reader.u64(ref) || !reader.str(descriptor, kMaxDescriptor)) return false;
+        *key = 0;
+        return reader.atEnd() || (reader.u64(key) && reader.atEnd());
+    }
+
+    // Client side: an idle channel, a new one, or null to call over the shared stream.
+    std::shared_ptr<Channel> takeChannel() {
+        std::string path;
+        uint64_t key = 0;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            if (closed_ || path_.empty()) return nullptr;
+            if (!idleChannels_.empty()) {
+                std::shared_ptr<Channel> channel = std::move(idleChannels_.back());
+                idleChannels_.pop_back();
+                return channel;
+            }
+            if (channels_.size() >= kMaxChannels) return nullptr;
+            path = path_;
+            key = key_;
+        }
+        std::shared_ptr<Channel> channel = openChannel(path, key);
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (channel == nullptr) {
+            // Whatever refused it would refuse the next one as well.
+            path_.clear();
+            return nullptr;
+        }
+        if (closed_) return nullptr;
+        channels_.insert(channel);
+        return channel;
+    }
+
+    static std::shared_ptr<Channel> openChannel(const std::string& path, uint64_t key) {
+        const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        if (fd < 0) return nullptr;
+        auto channel = std::make_shared<Channel>(fd);
+        sockaddr_un addr{};
+        addr.sun_family = AF_UNIX;
+        memcpy(addr.sun_path, path.c_str(), path.size() + 1);
+        if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) return nullptr;
+        uint64_t ref = 0;
+        std::string descriptor;
+        uint64_t ignored = 0;
+        if (!readHello(fd, &ref, &descriptor, &ignored)) return nullptr;
+        FrameWriter join(kJoin);
+        join.u64(key);
+        const std::vector<uint8_t>& bytes = join.finish();
+        if (!writeFull(fd, bytes.data(), bytes.size())) return nullptr;
+        const auto deadline = std::chrono::steady_clock::now() + kHelloTimeout;
+        uint32_t type = 0;
+        uint32_t length = 0;
+        std::vector<uint8_t> body;
+        if (readFrame(fd, &type, &length, &body, &deadline) != ReadResult::kOk ||
+            type != kJoined || length != 0) {
+            return nullptr;
+        }
+        return channel;
+    }
+
+    void giveBackChannel(std::shared_ptr<Channel> channel, binder_status_t status) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const bool keep = !closed_ && status != STATUS_DEAD_OBJECT &&
+                          idleChannels_.size() < kMaxIdleChannels;
+        if (keep) {
+            idleChannels_.push_back(std::move(channel));
+        } else {
+            channels_.erase(channel);
+        }
+    }
+
+    // The caller writes its TRANSACT and reads the REPLY on its own thread.
+    binder_status_t callOnChannel(const Channel& channel, uint64_t ref, transaction_code_t code,
+                                  const AParcel& request, binder_flags_t flags, AParcel* reply) {
+        constexpr uint64_t kTransaction = 1;
+        FrameWriter frame(kTransact);
+        if (binder_status_t s = encodeTransact(kTransaction, ref, code, flags, request, &frame);
+            s != STATUS_OK) {
+            return s;
+        }
+        const std::vector<uint8_t>& bytes = frame.finish();
+        std::vector<uint8_t> body;
+        uint32_t type = 0;
+        uint32_t length = 0;
+        if (writeFull(channel.fd, bytes.data(), bytes.size()) &&
+            readFrame(channel.fd, &type, &length, &body) == ReadResult::kOk) {
+            FrameReader reader(body.data(), body.size());
+            uint64_t transaction = 0;
+            uint64_t framesBefore = 0;
+            binder_status_t status = STATUS_OK;
+            AParcel received;
+            if (type == kReply && reader.u64(&transaction) && transaction == kTransaction &&
+                reader.u64(&framesBefore) && readReply(&reader, &status, &received)) {
+                std::unique_lock<std::mutex> lock(mutex_);
+                framesHandledCv_.wait(lock, [&] {
+                    return closed_ || framesHandled_ >= framesBefore;
+                });
+                lock.unlock();
+                const bool ownObjects = std::any_of(
+                        received.peerObjects.begin(), received.peerObjects.end(),
+                        [](const auto& entry) { return entry.second->asSocketObject() == nullptr; });
+                if (ownObjects && !sendAck(channel.fd)) {
+                    close(!exiting());
+                    return STATUS_DEAD_OBJECT;
+                }
+                if (status == STATUS_OK) handOver(&received, reply);
+                return status;
+            }
+            logError("%s: malformed frame (type %u, %u bytes) on a channel from pid %d; closing",
+                     label_.c_str(), type, length, static_cast<int>(peerPid_));
+        }
+        // The service is gone (or broke the stream): that is a death, as on the shared stream.
+        close(!exiting());
+        return STATUS_DEAD_OBJECT;
+    }
+
+    static bool sendAck(int fd) {
+        FrameWriter ack(kAck);
+        const std::vector<uint8_t>& bytes = ack.finish();
+        return writeFull(fd, bytes.data(), bytes.size());
+    }
+
+    // Service side.
+    bool admitChannel(const std::shared_ptr<Channel>& channel) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (closed_ || channels_.size() >= kMaxChannels) return false;
+        channels_.insert(channel);
+        return true;
+    }
+
+    void dropChannel(const std::shared_ptr<Channel>& channel) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        channels_.erase(channel);
+    }
+
+    // Serves two-way calls from one channel until the client closes it. Anything else on it
+    // breaks the connection.
+    void serveChannel(const std::shared_ptr<Channel>& channel) {
+        std::vector<uint8_t> body;
+        for (;;) {
+            uint32_t type = 0;
+            uint32_t length = 0;
+            const ReadResult read = readFrame(channel->fd, &type, &length, &body);
+            // A client drops channels it no longer needs; only the shared stream ending is a death.
+            if (read == ReadResult::kClosed) return;
+            FrameReader reader(body.data(), body.size());
+            AParcel sent;
+            if (read == ReadResult::kOk && type == kTransact &&
+                serveChannelCall(channel->fd, &reader, &sent) &&
+                (!handsBackPeerObjects(sent) || readAck(channel->fd))) {
+                continue;
+            }
+            logError("%s: malformed frame (type %u, %u bytes) on a channel from pid %d; closing",
+                     label_.c_str(), type, length, static_cast<int>(peerPid_));
+            close(!exiting());
+            return;
+        }
+    }
+
+    // The objects of the peer in a reply sent to it, which it resolves through its exports.
+    bool handsBackPeerObjects(const AParcel& reply) const {
+        auto ours = [this](const std::shared_ptr<RemoteObject>& object) {
+            const SocketObject* socket = object->asSocketObject();
+            return socket != nullptr && socket->connection() == this;
+        };
+        for (const auto& entry : reply.peerObjects) {
+            if (ours(entry.second)) return true;
+        }
+        return std::any_of(reply.objects.begin(), reply.objects.end(), ours);
+    }
+
+    bool readAck(int fd) {
+        uint32_t type = 0;
+        uint32_t length = 0;
+        std::vector<uint8_t> body;
+        return readFrame(fd, &type, &length, &body) == ReadResult::kOk && type == kAck &&
+               length == 0;
+    }
+
+    // *sent keeps the reply, and the references it holds, for the caller.
+    bool serveChannelCall(int fd, FrameReader* reader, AParcel* sent) {
+        uint64_t transaction = 0;
+        uint64_t ref = 0;
+        uint32_t code = 0;
+        uint32_t flags = 0;
+        if (!reader->u64(&transaction) || !reader->u64(&ref) || !reader->u32(&code) ||
+            !reader->u32(&flags) || (flags & FLAG_ONEWAY) != 0) {
+            return false;
+        }
+        auto request = std::make_unique<AParcel>();
+        if (!decodeObjects(reader, request.get()) || !reader->bytes(&request->data) ||
+            !reader->atEnd()) {
+            return false;
+        }
+        std::shared_ptr<Export> target = findExport(ref);
+        binder_status_t status = serve(target.get(), code, *request, sent);
+        // Dropping the request first lets its releases reach the peer before the reply.
+        request.reset();
+        // Only objects that went out need holding.
+        if (sendReply(transaction, status, *sent, fd) != STATUS_OK) *sent = AParcel();
+        return true;
+    }
+
+    std::shared_ptr<Export> findExport(uint64_t ref) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto it = exports_.find(ref);
+        return it == exports_.end() ? nullptr : it->second;
+    }
+
 
     // Caller holds mutex_.
     std::shared_ptr<SocketObject> importLocked(uint64_t ref, std::string descriptor) {
@@ -540,31 +890,41 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     bool sendFrame(const std::vector<uint8_t>& frame) {
         std::lock_guard<std::mutex> lock(writeMutex_);
+        ++framesSent_;
         return writeFull(fd_, frame.data(), frame.size());
     }
 
     void readLoop() {
         std::vector<uint8_t> body;
+        bool first = true;
         for (;;) {
-            uint8_t header[8];
-            if (!readFull(fd_, header, sizeof(header))) break;
             uint32_t length = 0;
             uint32_t type = 0;
-            memcpy(&length, header, 4);
-            memcpy(&type, header + 4, 4);
-            if (length > kMaxFrame) {
+            const ReadResult read = readFrame(fd_, &type, &length, &body);
+            if (read == ReadResult::kTooLarge) {
                 logError("%s: frame of %u bytes from pid %d exceeds the limit; closing",
                          label_.c_str(), length, static_cast<int>(peerPid_));
                 break;
             }
-            body.resize(length);
-            if (!readFull(fd_, body.data(), length)) break;
+            if (read != ReadResult::kOk) break;
             FrameReader reader(body.data(), body.size());
+            if (first && type == kJoin && key_ != 0) {
+                if (becomeChannel(&reader)) return;
+                logError("%s: refused a channel from pid %d; closing", label_.c_str(),
+                         static_cast<int>(peerPid_));
+                break;
+            }
+            first = false;
             if (!handleFrame(type, &reader)) {
                 logError("%s: malformed frame (type %u, %u bytes) from pid %d; closing",
                          label_.c_str(), type, length, static_cast<int>(peerPid_));
                 break;
             }
+            {
+                std::lock_guard<std::mutex> lock(mutex_);
+                ++framesHandled_;
+            }
+            framesHandledCv_.notify_all();
         }
         close(!exiting());
     }
@@ -596,12 +956,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
             !reader->atEnd()) {
             return false;
         }
-        std::shared_ptr<Export> target;
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            auto it = exports_.find(ref);
-            if (it != exports_.end()) target = it->second;
-        }
+        std::shared_ptr<Export> target = findExport(ref);
         if ((flags & FLAG_ONEWAY) != 0) {
             if (target == nullptr) return true;  // nothing to deliver to, nobody to tell
             {
@@ -646,34 +1001,49 @@ class Connection : public std::enable_shared_from_this<Connection> {
         }
     }
 
-    void sendReply(uint64_t transaction, binder_status_t status, const AParcel& reply) {
+    // channelFd < 0: on the shared stream. Returns the status the peer was sent.
+    binder_status_t sendReply(uint64_t transaction, binder_status_t status, const AParcel& reply,
+                   int channelFd = -1) {
         if (status == STATUS_OK && reply.data.size() > kMaxParcelBytes) {
             status = STATUS_FAILED_TRANSACTION;
         }
-        if (status == STATUS_OK) {
-            FrameWriter frame(kReply);
-            frame.u64(transaction);
-            frame.i32(STATUS_OK);
-            status = encodeObjects(reply, &frame);
-            if (status == STATUS_OK) {
-                frame.u32(static_cast<uint32_t>(reply.data.size()));
-                frame.raw(reply.data.data(), reply.data.size());
-                if (!sendFrame(frame.finish())) close(!exiting());
-                return;
-            }
-        }
         FrameWriter frame(kReply);
         frame.u64(transaction);
-        frame.i32(status);
-        frame.u32(0);
-        frame.u32(0);
-        if (!sendFrame(frame.finish())) close(!exiting());
+        if (channelFd >= 0) {
+            std::lock_guard<std::mutex> lock(writeMutex_);
+            frame.u64(framesSent_);
+        }
+        const size_t statusAt = frame.bodySize();
+        frame.i32(STATUS_OK);
+        if (status == STATUS_OK) status = encodeObjects(reply, &frame);
+        if (status == STATUS_OK) {
+            frame.u32(static_cast<uint32_t>(reply.data.size()));
+            frame.raw(reply.data.data(), reply.data.size());
+        } else {
+            frame.truncate(statusAt);
+            frame.i32(status);
+            frame.u32(0);
+            frame.u32(0);
+        }
+        const std::vector<uint8_t>& bytes = frame.finish();
+        const bool sent = channelFd >= 0 ? writeFull(channelFd, bytes.data(), bytes.size())
+                                         : sendFrame(bytes);
+        if (!sent) close(!exiting());
+        return status;
+    }
+
+    // The rest of a REPLY after its transaction id.
+    bool readReply(FrameReader* reader, binder_status_t* status, AParcel* reply) {
+        int32_t value = 0;
+        if (!reader->i32(&value)) return false;
+        *status = value;
+        return decodeObjects(reader, reply) && reader->bytes(&reply->data) && reader->atEnd() &&
+               (value == STATUS_OK || reply->data.empty());
     }
 
     bool handleReply(FrameReader* reader) {
         uint64_t transaction = 0;
-        int32_t status = 0;
-        if (!reader->u64(&transaction) || !reader->i32(&status)) return false;
+        if (!reader->u64(&transaction)) return false;
         std::shared_ptr<Waiter> waiter;
         {
             std::lock_guard<std::mutex> lock(mutex_);
@@ -683,8 +1053,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
             pending_.erase(it);
         }
         AParcel reply;
-        const bool ok = decodeObjects(reader, &reply) && reader->bytes(&reply.data) &&
-                        reader->atEnd() && (status == STATUS_OK || reply.data.empty());
+        binder_status_t status = STATUS_OK;
+        const bool ok = readReply(reader, &status, &reply);
         std::lock_guard<std::mutex> lock(mutex_);
         waiter->done = true;
         // A broken reply still ends the call; the connection closes right after.
@@ -712,7 +1082,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
         return true;
     }
 
-    const int fd_;
+    // Handed over to a channel when this socket turns out to be one.
+    std::atomic<int> fd_;
     const std::string label_;
     pid_t peerPid_ = 0;
     uid_t peerUid_ = 0;
@@ -727,6 +1098,18 @@ class Connection : public std::enable_shared_from_this<Connection> {
     uint64_t nextTransaction_ = 1;
     // The service a client connected for; kept for the connection's life.
     std::shared_ptr<SocketObject> root_;
+    // Names this connection to its channels (0: none). Set once, before the reader starts.
+    uint64_t key_ = 0;
+    // Client side: where to open channels; cleared once a channel was refused.
+    std::string path_;
+    // Every open channel (both sides), so that closing reaches callers blocked on one.
+    std::set<std::shared_ptr<Channel>> channels_;
+    std::vector<std::shared_ptr<Channel>> idleChannels_;
+    // Frames sent on and handled from the shared stream (HELLO included), which orders channel
+    // replies after them.
+    uint64_t framesHandled_ = 0;
+    std::condition_variable framesHandledCv_;
+    uint64_t framesSent_ = 0;  // guarded by writeMutex_
     std::mutex writeMutex_;
 };
 
@@ -943,7 +1326,7 @@ std::shared_ptr<RemoteObject> connectService(const std::string& instance) {
         return nullptr;
     }
     auto connection = std::make_shared<Connection>(fd, instance);
-    if (!connection->readPeerCredentials() || !connection->receiveHello()) {
+    if (!connection->readPeerCredentials() || !connection->receiveHello(path)) {
         logError("%s: no answer from the service at %s", instance.c_str(), path.c_str());
         connection->close(false);
         return nullptr;
