@@ -2,6 +2,7 @@
 #include <android/binder_parcel.h>
 
 #include <climits>
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -48,7 +49,11 @@ binder_status_t writeRaw(AParcel* p, const void* bytes, size_t len) {
     const size_t padded = pad4(len);
     if (len > kMaxParcelSize || p->position > kMaxParcelSize - padded) return STATUS_NO_MEMORY;
     const size_t end = p->position + padded;
-    if (end > p->data.size()) p->data.resize(end);
+    if (end > p->data.size()) {
+        // Parcels are written a word at a time: start big enough for a typical call at once.
+        if (end > p->data.capacity()) p->data.reserve(std::max<size_t>(end * 2, 512));
+        p->data.resize(end);
+    }
     if (len > 0) memcpy(p->data.data() + p->position, bytes, len);
     memset(p->data.data() + p->position + len, 0, padded - len);
     p->position = end;

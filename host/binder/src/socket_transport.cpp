@@ -100,6 +100,7 @@ class FrameWriter {
         bytes_.insert(bytes_.end(), p, p + size);
     }
     size_t bodySize() const { return bytes_.size() - 8; }
+    void reserve(size_t bodySize) { bytes_.reserve(8 + bodySize); }
     void truncate(size_t bodySize) { bytes_.resize(8 + bodySize); }
     std::vector<uint8_t>& finish() {
         const auto length = static_cast<uint32_t>(bodySize());
@@ -563,6 +564,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     binder_status_t encodeTransact(uint64_t transaction, uint64_t ref, transaction_code_t code,
                                    binder_flags_t flags, const AParcel& request,
                                    FrameWriter* frame) {
+        frame->reserve(64 + request.data.size());
         frame->u64(transaction);
         frame->u64(ref);
         frame->u32(code);
@@ -1008,6 +1010,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
             status = STATUS_FAILED_TRANSACTION;
         }
         FrameWriter frame(kReply);
+        frame.reserve(64 + reply.data.size());
         frame.u64(transaction);
         if (channelFd >= 0) {
             std::lock_guard<std::mutex> lock(writeMutex_);

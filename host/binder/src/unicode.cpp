@@ -4,9 +4,14 @@
 
 namespace binder_impl {
 
+// Both converters size the output for the worst case once and write by index: strings cross
+// every call (the interface token at least), and growing them a unit at a time showed up as
+// a good part of a call's cost.
 bool utf8ToUtf16(const char* utf8, size_t length, std::u16string* out) {
-    out->clear();
-    out->reserve(length);
+    // Never more units than bytes.
+    out->resize(length);
+    char16_t* o = out->data();
+    size_t n = 0;
     const auto* s = reinterpret_cast<const unsigned char*>(utf8);
     size_t i = 0;
     while (i < length) {
@@ -15,7 +20,7 @@ bool utf8ToUtf16(const char* utf8, size_t length, std::u16string* out) {
         uint32_t cp;
         uint32_t minimum;
         if (lead < 0x80) {
-            out->push_back(static_cast<char16_t>(lead));
+            o[n++] = static_cast<char16_t>(lead);
             ++i;
             continue;
         } else if ((lead & 0xE0) == 0xC0) {
@@ -36,21 +41,28 @@ bool utf8ToUtf16(const char* utf8, size_t length, std::u16string* out) {
         if (cp < minimum || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
         if (cp >= 0x10000) {
             cp -= 0x10000;
-            out->push_back(static_cast<char16_t>(0xD800 + (cp >> 10)));
-            out->push_back(static_cast<char16_t>(0xDC00 + (cp & 0x3FF)));
+            o[n++] = static_cast<char16_t>(0xD800 + (cp >> 10));
+            o[n++] = static_cast<char16_t>(0xDC00 + (cp & 0x3FF));
         } else {
-            out->push_back(static_cast<char16_t>(cp));
+            o[n++] = static_cast<char16_t>(cp);
         }
         i += extra + 1;
     }
+    out->resize(n);
     return true;
 }
 
 bool utf16ToUtf8(const char16_t* utf16, size_t length, std::string* out) {
-    out->clear();
-    out->reserve(length);
+    // At most three bytes per unit (a surrogate pair, two units, makes four).
+    out->resize(length * 3);
+    char* o = out->data();
+    size_t n = 0;
     for (size_t i = 0; i < length; ++i) {
         uint32_t cp = utf16[i];
+        if (cp < 0x80) {
+            o[n++] = static_cast<char>(cp);
+            continue;
+        }
         if (cp >= 0xD800 && cp <= 0xDBFF) {
             if (i + 1 >= length) return false;
             uint32_t low = utf16[i + 1];
@@ -60,22 +72,21 @@ bool utf16ToUtf8(const char16_t* utf16, size_t length, std::string* out) {
         } else if (cp >= 0xDC00 && cp <= 0xDFFF) {
             return false;
         }
-        if (cp < 0x80) {
-            out->push_back(static_cast<char>(cp));
-        } else if (cp < 0x800) {
-            out->push_back(static_cast<char>(0xC0 | (cp >> 6)));
-            out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+        if (cp < 0x800) {
+            o[n++] = static_cast<char>(0xC0 | (cp >> 6));
+            o[n++] = static_cast<char>(0x80 | (cp & 0x3F));
         } else if (cp < 0x10000) {
-            out->push_back(static_cast<char>(0xE0 | (cp >> 12)));
-            out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-            out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+            o[n++] = static_cast<char>(0xE0 | (cp >> 12));
+            o[n++] = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            o[n++] = static_cast<char>(0x80 | (cp & 0x3F));
         } else {
-            out->push_back(static_cast<char>(0xF0 | (cp >> 18)));
-            out->push_back(static_cast<char>(0x80 | ((cp >> 12) & 0x3F)));
-            out->push_back(static_cast<char>(0x80 | ((cp >> 6) & 0x3F)));
-            out->push_back(static_cast<char>(0x80 | (cp & 0x3F)));
+            o[n++] = static_cast<char>(0xF0 | (cp >> 18));
+            o[n++] = static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
+            o[n++] = static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
+            o[n++] = static_cast<char>(0x80 | (cp & 0x3F));
         }
     }
+    out->resize(n);
     return true;
 }
 
