@@ -768,25 +768,14 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     // *sent keeps the reply, and the references it holds, for the caller.
     bool serveChannelCall(int fd, FrameReader* reader, AParcel* sent) {
-        uint64_t transaction = 0;
-        uint64_t ref = 0;
-        uint32_t code = 0;
-        uint32_t flags = 0;
-        if (!reader->u64(&transaction) || !reader->u64(&ref) || !reader->u32(&code) ||
-            !reader->u32(&flags) || (flags & FLAG_ONEWAY) != 0) {
-            return false;
-        }
-        auto request = std::make_unique<AParcel>();
-        if (!decodeObjects(reader, request.get()) || !reader->bytes(&request->data) ||
-            !reader->atEnd()) {
-            return false;
-        }
-        std::shared_ptr<Export> target = findExport(ref);
-        binder_status_t status = serve(target.get(), code, *request, sent);
+        Incoming call;
+        if (!readTransact(reader, &call) || (call.flags & FLAG_ONEWAY) != 0) return false;
+        std::shared_ptr<Export> target = findExport(call.ref);
+        binder_status_t status = serve(target.get(), call.code, *call.request, sent);
         // Dropping the request first lets its releases reach the peer before the reply.
-        request.reset();
+        call.request.reset();
         // Only objects that went out need holding.
-        if (sendReply(transaction, status, *sent, fd) != STATUS_OK) *sent = AParcel();
+        if (sendReply(call.transaction, status, *sent, fd) != STATUS_OK) *sent = AParcel();
         return true;
     }
 
@@ -944,38 +933,43 @@ class Connection : public std::enable_shared_from_this<Connection> {
         }
     }
 
-    bool handleTransact(FrameReader* reader) {
+    struct Incoming {
         uint64_t transaction = 0;
         uint64_t ref = 0;
         uint32_t code = 0;
         uint32_t flags = 0;
-        if (!reader->u64(&transaction) || !reader->u64(&ref) || !reader->u32(&code) ||
-            !reader->u32(&flags)) {
-            return false;
-        }
-        auto request = std::make_shared<AParcel>();
-        if (!decodeObjects(reader, request.get()) || !reader->bytes(&request->data) ||
-            !reader->atEnd()) {
-            return false;
-        }
-        std::shared_ptr<Export> target = findExport(ref);
-        if ((flags & FLAG_ONEWAY) != 0) {
+        std::shared_ptr<AParcel> request = std::make_shared<AParcel>();
+    };
+
+    // The body of a TRANSACT frame.
+    bool readTransact(FrameReader* reader, Incoming* call) {
+        return reader->u64(&call->transaction) && reader->u64(&call->ref) &&
+               reader->u32(&call->code) && reader->u32(&call->flags) &&
+               decodeObjects(reader, call->request.get()) &&
+               reader->bytes(&call->request->data) && reader->atEnd();
+    }
+
+    bool handleTransact(FrameReader* reader) {
+        Incoming call;
+        if (!readTransact(reader, &call)) return false;
+        std::shared_ptr<Export> target = findExport(call.ref);
+        if ((call.flags & FLAG_ONEWAY) != 0) {
             if (target == nullptr) return true;  // nothing to deliver to, nobody to tell
             {
                 std::lock_guard<std::mutex> lock(target->onewayMutex);
-                target->oneway.emplace_back(code, std::move(request));
+                target->oneway.emplace_back(call.code, std::move(call.request));
                 if (target->onewayRunning) return true;
                 target->onewayRunning = true;
             }
             postToThreadPool([self = shared_from_this(), target] { self->runOneway(*target); });
             return true;
         }
-        postToThreadPool([self = shared_from_this(), target, request, code, transaction]() mutable {
+        postToThreadPool([self = shared_from_this(), target, call = std::move(call)]() mutable {
             AParcel reply;
-            binder_status_t status = self->serve(target.get(), code, *request, &reply);
+            binder_status_t status = self->serve(target.get(), call.code, *call.request, &reply);
             // Dropping the request first lets its releases reach the peer before the reply.
-            request.reset();
-            self->sendReply(transaction, status, reply);
+            call.request.reset();
+            self->sendReply(call.transaction, status, reply);
         });
         return true;
     }
