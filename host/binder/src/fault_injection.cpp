@@ -6,12 +6,14 @@ void InjectedFault::arm(binder_status_t status, int count) {
     std::lock_guard<std::mutex> lock(mMutex);
     mStatus = status;
     mRemaining = count;
+    mArmed.store(count > 0);
 }
 
 binder_status_t InjectedFault::take() {
+    if (!mArmed.load()) return STATUS_OK;
     std::lock_guard<std::mutex> lock(mMutex);
     if (mRemaining <= 0) return STATUS_OK;
-    --mRemaining;
+    if (--mRemaining == 0) mArmed.store(false);
     return mStatus;
 }
 

@@ -2,6 +2,7 @@
 
 #include <android/binder_status.h>
 
+#include <atomic>
 #include <mutex>
 
 namespace binder_impl {
@@ -16,6 +17,9 @@ class InjectedFault {
     binder_status_t take();
 
   private:
+    // Every proxy call asks; a plain load keeps callers on different cores from contending for
+    // the mutex when nothing is armed.
+    std::atomic<bool> mArmed{false};
     std::mutex mMutex;
     binder_status_t mStatus = STATUS_OK;
     int mRemaining = 0;

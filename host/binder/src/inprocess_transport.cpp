@@ -57,11 +57,13 @@ class InProcessObject : public RemoteObject, public std::enable_shared_from_this
 
     binder_status_t transact(transaction_code_t code, const AParcel& request, binder_flags_t flags,
                              AParcel* reply) override {
-        std::shared_ptr<AIBinder> local = acquireLocal();
-        if (local == nullptr) return STATUS_DEAD_OBJECT;
         if ((flags & FLAG_ONEWAY) == 0) {
+            StrongRef local = holdLocal();
+            if (local == nullptr) return STATUS_DEAD_OBJECT;
             return serveLocal(local.get(), code, request, reply, getpid(), getuid());
         }
+        std::shared_ptr<AIBinder> local = acquireLocal();
+        if (local == nullptr) return STATUS_DEAD_OBJECT;
         std::shared_ptr<AParcel> copy = copyParcel(request);
         std::shared_ptr<InProcessObject> self = shared_from_this();
         onewayDispatcher().post([self, local, code, copy] {
@@ -100,11 +102,23 @@ class InProcessObject : public RemoteObject, public std::enable_shared_from_this
     }
 
   private:
-    std::shared_ptr<AIBinder> acquireLocal() {
+    struct StrongRelease {
+        void operator()(AIBinder* binder) const { binder->decStrong(); }
+    };
+    // A strong reference without a control block to allocate: two-way calls take one each.
+    using StrongRef = std::unique_ptr<AIBinder, StrongRelease>;
+
+    StrongRef holdLocal() {
         std::lock_guard<std::mutex> lock(mutex_);
         if (dead_ || local_ == nullptr) return nullptr;
         local_->incStrong();
-        return std::shared_ptr<AIBinder>(local_, [](AIBinder* b) { b->decStrong(); });
+        return StrongRef(local_);
+    }
+
+    std::shared_ptr<AIBinder> acquireLocal() {
+        StrongRef local = holdLocal();
+        if (local == nullptr) return nullptr;
+        return std::shared_ptr<AIBinder>(local.release(), StrongRelease());
     }
 
     const uint64_t id_;
