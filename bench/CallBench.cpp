@@ -251,6 +251,21 @@ void BM_SpinThreads(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
 }
 
+bool codec(const TroxRequestParcel& parcel);
+
+// The same, with the kind of work a call does (a request encoded and decoded, allocations and
+// all) but nothing shared between the threads.
+void BM_CodecThreads(benchmark::State& state) {
+    const TroxRequestParcel parcel = resourceRequest(1);
+    for (auto _ : state) {
+        if (!codec(parcel)) {
+            state.SkipWithError("codec failed");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
 // 4. The client class with N resources against the raw call carrying the same parcel.
 std::list<PymClient::Resource> resourceList(int count) {
     std::list<PymClient::Resource> list;
@@ -369,6 +384,7 @@ BENCHMARK(BM_RawPairThreads)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_PymPairThreads)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_PymPairThreadsSlowService)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_SpinThreads)->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_CodecThreads)->Threads(1)->Threads(2)->UseRealTime();
 BENCHMARK(BM_ClientInterleaved)->Arg(1)->Arg(8)->Arg(32);
 BENCHMARK(BM_CodecInterleaved);
 BENCHMARK(BM_CallbackInterleaved)->Arg(1)->Arg(32);

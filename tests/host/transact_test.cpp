@@ -7,8 +7,10 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "binder_test_util.h"
@@ -82,14 +84,37 @@ TEST_F(TransactTest, ProxyIdentityIsPointerEquality) {
     EXPECT_FALSE(AIBinder_lt(first.get(), second.get()));
 }
 
+// Tokens that are near the echo service's "test.vexal.IEcho" but not it.
+void writeUnterminatedToken(AParcel* in) {
+    const std::string token = "test.vexal.IEcho";
+    AParcel_writeInt32(in, static_cast<int32_t>(token.size()));
+    for (size_t i = 0; i < token.size(); i += 2) {
+        AParcel_writeInt32(in, static_cast<int32_t>(token[i] | (token[i + 1] << 16)));
+    }
+    AParcel_writeInt32(in, 'A');  // where the terminating NUL belongs
+}
+
 TEST_F(TransactTest, WrongInterfaceTokenIsRejectedBeforeOnTransact) {
     EchoState& state = makeState();
     ndk::SpAIBinder proxy = serveEcho(&state);
-    AParcel* in = AParcel_create();
-    writeString(in, "some.other.IFace");
-    writeString(in, "x");
-    ndk::ScopedAParcel out;
-    EXPECT_EQ(STATUS_BAD_TYPE, AIBinder_transact(proxy.get(), kEcho, &in, out.getR(), 0));
+    const std::vector<std::pair<std::string, std::function<void(AParcel*)>>> tokens = {
+            {"other", [](AParcel* in) { writeString(in, "some.other.IFace"); }},
+            {"prefix", [](AParcel* in) { writeString(in, "test.vexal.IEch"); }},
+            {"longer", [](AParcel* in) { writeString(in, "test.vexal.IEcho2"); }},
+            {"lastUnitDiffers", [](AParcel* in) { writeString(in, "test.vexal.IEchp"); }},
+            {"nonAscii", [](AParcel* in) { writeString(in, "test.vexal.IEch\xc3\xb3"); }},
+            {"null", [](AParcel* in) { AParcel_writeString(in, nullptr, -1); }},
+            {"unterminated", writeUnterminatedToken},
+            {"empty parcel", [](AParcel*) {}},
+    };
+    for (const auto& [name, writeToken] : tokens) {
+        AParcel* in = AParcel_create();
+        writeToken(in);
+        writeString(in, "x");
+        ndk::ScopedAParcel out;
+        EXPECT_EQ(STATUS_BAD_TYPE, AIBinder_transact(proxy.get(), kEcho, &in, out.getR(), 0))
+                << name;
+    }
     EXPECT_EQ(0, state.calls.load());
 }
 

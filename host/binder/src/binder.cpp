@@ -43,10 +43,7 @@ binder_status_t serveLocal(AIBinder* local, transaction_code_t code, const AParc
     std::unique_ptr<AParcel> in = copyParcel(request);
     CallingScope scope(callingPid, callingUid);
     const AIBinder_Class* c = local->clazz.load();
-    std::string token;
-    if (readString16AsUtf8(in.get(), &token) != STATUS_OK || token != c->descriptor) {
-        return STATUS_BAD_TYPE;
-    }
+    if (!readInterfaceToken(in.get(), c->descriptor)) return STATUS_BAD_TYPE;
     return c->onTransact(local, code, in.get(), reply);
 }
 

@@ -45,7 +45,8 @@ class ReadGuard {
     bool committed_ = false;
 };
 
-binder_status_t writeRaw(AParcel* p, const void* bytes, size_t len) {
+// Room for len bytes at the write position, padded with zeros to a word; *at points at it.
+binder_status_t makeRoom(AParcel* p, size_t len, uint8_t** at) {
     const size_t padded = pad4(len);
     if (len > kMaxParcelSize || p->position > kMaxParcelSize - padded) return STATUS_NO_MEMORY;
     const size_t end = p->position + padded;
@@ -54,10 +55,24 @@ binder_status_t writeRaw(AParcel* p, const void* bytes, size_t len) {
         if (end > p->data.capacity()) p->data.reserve(std::max<size_t>(end * 2, 512));
         p->data.resize(end);
     }
-    if (len > 0) memcpy(p->data.data() + p->position, bytes, len);
-    memset(p->data.data() + p->position + len, 0, padded - len);
+    *at = p->data.data() + p->position;
+    memset(*at + len, 0, padded - len);
     p->position = end;
     return STATUS_OK;
+}
+
+binder_status_t writeRaw(AParcel* p, const void* bytes, size_t len) {
+    uint8_t* at = nullptr;
+    if (binder_status_t s = makeRoom(p, len, &at); s != STATUS_OK) return s;
+    if (len > 0) memcpy(at, bytes, len);
+    return STATUS_OK;
+}
+
+bool isAscii(const char* text, size_t length) {
+    for (size_t i = 0; i < length; ++i) {
+        if (static_cast<unsigned char>(text[i]) >= 0x80) return false;
+    }
+    return true;
 }
 
 binder_status_t readRaw(const AParcel* p, void* out, size_t len) {
@@ -192,6 +207,23 @@ std::unique_ptr<AParcel> copyParcel(const AParcel& source) {
 }
 
 binder_status_t writeUtf8AsString16(AParcel* parcel, const char* utf8, size_t length) {
+    // Interface tokens and most strings: widened straight into the parcel.
+    if (length < kMaxParcelSize / 2 && isAscii(utf8, length)) {
+        if (binder_status_t s = writeValue<int32_t>(parcel, static_cast<int32_t>(length));
+            s != STATUS_OK) {
+            return s;
+        }
+        uint8_t* at = nullptr;
+        if (binder_status_t s = makeRoom(parcel, (length + 1) * sizeof(char16_t), &at);
+            s != STATUS_OK) {
+            return s;
+        }
+        for (size_t i = 0; i <= length; ++i) {
+            const char16_t unit = i < length ? static_cast<char16_t>(utf8[i]) : u'\0';
+            memcpy(at + i * sizeof(char16_t), &unit, sizeof(unit));
+        }
+        return STATUS_OK;
+    }
     std::u16string units;
     if (!utf8ToUtf16(utf8, length, &units)) return STATUS_BAD_VALUE;
     if (units.size() >= kMaxParcelSize / 2) return STATUS_BAD_VALUE;
@@ -212,6 +244,30 @@ binder_status_t readString16AsUtf8(const AParcel* parcel, std::string* out) {
     if (s != STATUS_OK) return s;
     out->pop_back();  // the copied NUL
     return STATUS_OK;
+}
+
+bool readInterfaceToken(const AParcel* parcel, const std::string& descriptor) {
+    if (!isAscii(descriptor.data(), descriptor.size())) {
+        std::string token;
+        return readString16AsUtf8(parcel, &token) == STATUS_OK && token == descriptor;
+    }
+    // Every call starts with the token: compared in place, unit by unit, with no conversion.
+    ReadGuard guard(parcel);
+    int32_t count = 0;
+    if (readRaw(parcel, &count, sizeof(count)) != STATUS_OK) return false;
+    if (count < 0 || static_cast<size_t>(count) != descriptor.size()) return false;
+    const size_t bytes = (descriptor.size() + 1) * sizeof(char16_t);
+    if (pad4(bytes) > remaining(parcel)) return false;
+    const uint8_t* at = parcel->data.data() + parcel->position;
+    for (size_t i = 0; i <= descriptor.size(); ++i) {
+        char16_t unit = 0;
+        memcpy(&unit, at + i * sizeof(char16_t), sizeof(unit));
+        const char16_t wanted = i < descriptor.size() ? static_cast<char16_t>(descriptor[i]) : u'\0';
+        if (unit != wanted) return false;
+    }
+    parcel->position += pad4(bytes);
+    guard.commit();
+    return true;
 }
 
 }  // namespace binder_impl

@@ -33,5 +33,7 @@ std::unique_ptr<AParcel> copyParcel(const AParcel& source);
 binder_status_t writeUtf8AsString16(AParcel* parcel, const char* utf8, size_t length);
 // Reads a non-null string; null reads as STATUS_UNEXPECTED_NULL.
 binder_status_t readString16AsUtf8(const AParcel* parcel, std::string* out);
+// Reads the interface token; true if it names descriptor. The position moves only on a match.
+bool readInterfaceToken(const AParcel* parcel, const std::string& descriptor);
 
 }  // namespace binder_impl
