@@ -604,6 +604,62 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     EXPECT_EQ("unharmed", reply);
 }
 
+// Every channel costs the service a thread: no more join than its binder threads may number
+// (15 by default), and a channel that closes makes room again.
+TEST_F(SocketTest, ChannelsStayWithinTheServicesThreadLimit) {
+    ASSERT_GT(spawnService(kName), 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    const std::string path = dir_ + "/test.vexal.IEcho%2fdefault.sock";
+    const int owner = connectRaw(path);
+    ASSERT_GE(owner, 0);
+    const std::optional<Hello> hello = readHello(owner);
+    ASSERT_TRUE(hello.has_value());
+
+    // Nothing has called the service yet, so no channel of the proxy holds a thread.
+    auto join = [&]() -> int {
+        const int fd = connectRaw(path);
+        uint32_t type = 0;
+        std::vector<uint8_t> body;
+        if (fd < 0 || !readHello(fd).has_value() || !sendBytes(fd, joinFrame(hello->key)) ||
+            !readRawFrame(fd, &type, &body) || type != 6) {
+            if (fd >= 0) close(fd);
+            return -1;
+        }
+        return fd;
+    };
+    std::vector<int> joined;
+    for (int i = 0; i < 40; ++i) {
+        const int fd = join();
+        if (fd < 0) break;
+        joined.push_back(fd);
+    }
+    EXPECT_EQ(15u, joined.size());
+    EXPECT_EQ(-1, join()) << "a channel beyond the limit was admitted";
+    // A refused channel leaves the caller on the shared stream, not without an answer.
+    std::optional<std::string> refused;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "while full", &refused));
+    EXPECT_EQ("while full", refused);
+
+    close(joined.back());
+    joined.pop_back();
+    int again = -1;
+    const auto deadline = Clock::now() + 5s;
+    while (again < 0 && Clock::now() < deadline) {
+        again = join();
+        if (again < 0) std::this_thread::sleep_for(10ms);
+    }
+    EXPECT_GE(again, 0) << "a closed channel did not give its thread back";
+    if (again >= 0) close(again);
+    for (int fd : joined) close(fd);
+    close(owner);
+
+    // Calls still work, on a channel or not.
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "after", &reply));
+    EXPECT_EQ("after", reply);
+}
+
 TEST_F(SocketTest, ConcurrentCallersEachGetTheirOwnReply) {
     ASSERT_GT(spawnService(kName), 0);
     ndk::SpAIBinder echo = waitForEcho(kName);

@@ -80,10 +80,10 @@ void postToThreadPool(std::function<void()> task) {
     p.ready.notify_one();
 }
 
-uint32_t threadPoolMaxThreads() {
+uint32_t threadPoolThreadLimit() {
     ThreadPool& p = pool();
     std::lock_guard<std::mutex> lock(p.mutex);
-    return p.maxThreads;
+    return spawnLimit(p);
 }
 
 void stopThreadPool() {

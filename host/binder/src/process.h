@@ -9,7 +9,8 @@ namespace binder_impl {
 // nested call must not starve the next one), so calls are served even if the process never
 // started the pool.
 void postToThreadPool(std::function<void()> task);
-uint32_t threadPoolMaxThreads();
+// How many threads serve calls at most, which channels of the socket transport count against.
+uint32_t threadPoolThreadLimit();
 // Drops queued work and lets idle pool threads end; waits a bounded time for them.
 void stopThreadPool();
 

@@ -69,8 +69,8 @@ constexpr size_t kMaxDescriptor = 4096;
 constexpr auto kHelloTimeout = std::chrono::seconds(5);
 // Ids of socket objects carry this bit so they never collide with local export ids in a parcel.
 constexpr uint64_t kSocketIdBit = uint64_t{1} << 63;
-// Channels a connection keeps open (a thread each on the service side), and how many of them a
-// client keeps when no call uses them.
+// Channels a connection keeps open (a thread each on the service side, within the binder thread
+// limit of the service's process), and how many of them a client keeps when no call uses them.
 constexpr size_t kMaxChannels = 64;
 constexpr size_t kMaxIdleChannels = 8;
 
@@ -213,6 +213,8 @@ uint64_t newChannelKey() {
 }
 
 std::atomic<uint64_t> gNextSocketObjectId{1};
+// Service side: threads serving channels, over all connections of this process.
+std::atomic<uint32_t> gChannelThreads{0};
 // Set once anything socket-related started, so in-process resets never touch this machinery.
 std::atomic<bool> gInUse{false};
 
@@ -604,15 +606,16 @@ class Connection : public std::enable_shared_from_this<Connection> {
                 idleChannels_.pop_back();
                 return channel;
             }
-            if (channels_.size() >= kMaxChannels) return nullptr;
+            if (channels_.size() >= channelLimit_) return nullptr;
             path = path_;
             key = key_;
         }
         std::shared_ptr<Channel> channel = openChannel(path, key);
         std::lock_guard<std::mutex> lock(mutex_);
         if (channel == nullptr) {
-            // Whatever refused it would refuse the next one as well.
-            path_.clear();
+            // The service is at its thread limit (or takes no more channels from us): calls
+            // beyond the channels open now go over the shared stream.
+            channelLimit_ = channels_.size();
             return nullptr;
         }
         if (closed_) return nullptr;
@@ -710,14 +713,21 @@ class Connection : public std::enable_shared_from_this<Connection> {
     }
 
     // Service side.
+    // Each admitted channel is dropped exactly once, when its thread stops serving it.
     bool admitChannel(const std::shared_ptr<Channel>& channel) {
+        const uint32_t threadLimit = threadPoolThreadLimit();
         std::lock_guard<std::mutex> lock(mutex_);
         if (closed_ || channels_.size() >= kMaxChannels) return false;
+        if (gChannelThreads.fetch_add(1) >= threadLimit) {
+            gChannelThreads.fetch_sub(1);
+            return false;
+        }
         channels_.insert(channel);
         return true;
     }
 
     void dropChannel(const std::shared_ptr<Channel>& channel) {
+        gChannelThreads.fetch_sub(1);
         std::lock_guard<std::mutex> lock(mutex_);
         channels_.erase(channel);
     }
@@ -1097,8 +1107,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
     std::shared_ptr<SocketObject> root_;
     // Names this connection to its channels (0: none). Set once, before the reader starts.
     uint64_t key_ = 0;
-    // Client side: where to open channels; cleared once a channel was refused.
+    // Client side: where to open channels, and how many to open at most.
     std::string path_;
+    size_t channelLimit_ = kMaxChannels;
     // Every open channel (both sides), so that closing reaches callers blocked on one.
     std::set<std::shared_ptr<Channel>> channels_;
     std::vector<std::shared_ptr<Channel>> idleChannels_;
