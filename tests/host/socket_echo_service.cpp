@@ -1,13 +1,20 @@
 // A service process for the socket tests: publishes an echo service under argv[1] in
 // BINDER_HOST_DIR, serves on the binder thread pool and exits cleanly on SIGTERM.
+// With --join SOCKET KEY it is a stranger instead: it asks to join the connection that KEY
+// names as a channel and exits 0 if the service refuses, 1 if it accepts, 2 on other errors.
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <string>
 #include <mutex>
 #include <thread>
 
@@ -109,7 +116,41 @@ binder_status_t serviceTransact(AIBinder* binder, transaction_code_t code, const
 
 }  // namespace
 
+bool readExactly(int fd, uint8_t* data, size_t size) {
+    while (size > 0) {
+        const ssize_t n = recv(fd, data, size, 0);
+        if (n <= 0) return false;
+        data += n;
+        size -= static_cast<size_t>(n);
+    }
+    return true;
+}
+
+int joinAsStranger(const std::string& path, uint64_t key) {
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un addr{};
+    addr.sun_family = AF_UNIX;
+    if (fd < 0 || path.size() >= sizeof(addr.sun_path)) return 2;
+    memcpy(addr.sun_path, path.c_str(), path.size() + 1);
+    if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) return 2;
+    uint8_t header[8];
+    if (!readExactly(fd, header, sizeof(header))) return 2;
+    uint32_t length = 0;
+    memcpy(&length, header, 4);
+    std::string hello(length, '\0');
+    if (!readExactly(fd, reinterpret_cast<uint8_t*>(hello.data()), length)) return 2;
+    uint8_t join[16] = {8, 0, 0, 0, 5, 0, 0, 0};
+    memcpy(join + 8, &key, 8);
+    if (send(fd, join, sizeof(join), MSG_NOSIGNAL) != sizeof(join)) return 2;
+    const int result = readExactly(fd, header, sizeof(header)) ? 1 : 0;
+    close(fd);
+    return result;
+}
+
 int main(int argc, char** argv) {
+    if (argc == 4 && std::string(argv[1]) == "--join") {
+        return joinAsStranger(argv[2], std::stoull(argv[3]));
+    }
     if (argc != 2) {
         fprintf(stderr, "usage: %s INSTANCE (with BINDER_HOST_DIR set)\n", argv[0]);
         return 2;

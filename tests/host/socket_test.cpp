@@ -540,16 +540,14 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     ASSERT_NE(0u, hello->key);
 
     // Another process that learned the key still cannot join.
-    const pid_t stranger = fork();
-    if (stranger == 0) {
-        const int fd = connectRaw(path);
-        const bool refused = fd >= 0 && readHello(fd).has_value() &&
-                             sendBytes(fd, joinFrame(hello->key)) && closedByPeer(fd);
-        _exit(refused ? 0 : 1);
-    }
+    pid_t stranger = 0;
+    ASSERT_EQ(0, vexal::testing::spawnProgram(&stranger, {SOCKET_ECHO_SERVICE, "--join", path,
+                                                          std::to_string(hello->key)},
+                                              nullptr, environ));
     int status = -1;
     ASSERT_EQ(stranger, waitpid(stranger, &status, 0));
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "a foreign JOIN was accepted";
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(0, WEXITSTATUS(status)) << "1: a foreign JOIN was accepted, 2: it could not ask";
 
     // A key nobody was given.
     const int guesser = connectRaw(path);
