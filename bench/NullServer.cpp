@@ -3,6 +3,7 @@
 //   bench_null_server --echo PATH  answers framed requests on a plain Unix socket, one client
 // Either runs until SIGTERM.
 #include "BenchService.h"
+#include "../tests/kit/RawSocket.h"
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
@@ -21,26 +22,6 @@
 
 namespace {
 
-bool readFull(int fd, uint8_t* data, size_t size) {
-    while (size > 0) {
-        const ssize_t n = recv(fd, data, size, 0);
-        if (n <= 0) return false;
-        data += n;
-        size -= static_cast<size_t>(n);
-    }
-    return true;
-}
-
-bool writeFull(int fd, const uint8_t* data, size_t size) {
-    while (size > 0) {
-        const ssize_t n = send(fd, data, size, MSG_NOSIGNAL);
-        if (n <= 0) return false;
-        data += n;
-        size -= static_cast<size_t>(n);
-    }
-    return true;
-}
-
 // Frames as the kit's transport frames them: uint32 body length, uint32 word, body. The word
 // of a request is the body length of the reply wanted.
 void echo(int fd) {
@@ -48,16 +29,16 @@ void echo(int fd) {
     std::vector<uint8_t> reply;
     for (;;) {
         uint8_t header[8];
-        if (!readFull(fd, header, sizeof(header))) return;
+        if (!vexal::testing::recvExact(fd, header, sizeof(header))) return;
         uint32_t length = 0;
         uint32_t wanted = 0;
         std::memcpy(&length, header, 4);
         std::memcpy(&wanted, header + 4, 4);
         body.resize(length);
-        if (!readFull(fd, body.data(), length)) return;
+        if (!vexal::testing::recvExact(fd, body.data(), length)) return;
         reply.assign(8 + wanted, 0);
         std::memcpy(reply.data(), &wanted, 4);
-        if (!writeFull(fd, reply.data(), reply.size())) return;
+        if (!vexal::testing::sendExact(fd, reply.data(), reply.size())) return;
     }
 }
 

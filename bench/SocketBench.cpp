@@ -1,6 +1,7 @@
 // Across processes: the Event API pair through the kit's Unix-socket transport against plain
 // Unix-socket round trips of the same sizes, both served by a child process.
 #include "BenchService.h"
+#include "../tests/kit/RawSocket.h"
 #include "pym.h"
 
 #include <android/binder_manager.h>
@@ -76,27 +77,13 @@ void stopChildren() {
 }
 
 int connectEcho(const std::string& path) {
-    sockaddr_un addr{};
-    addr.sun_family = AF_UNIX;
-    std::memcpy(addr.sun_path, path.c_str(), path.size() + 1);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < deadline) {
-        const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) == 0) return fd;
-        close(fd);
+        const int fd = vexal::testing::connectUnix(path);
+        if (fd >= 0) return fd;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     die("echo server did not answer");
-}
-
-bool readFull(int fd, uint8_t* data, size_t size) {
-    while (size > 0) {
-        const ssize_t n = recv(fd, data, size, 0);
-        if (n <= 0) return false;
-        data += n;
-        size -= static_cast<size_t>(n);
-    }
-    return true;
 }
 
 // One frame out, one frame back, read the way the transport reads: header, then body.
@@ -109,7 +96,7 @@ bool roundTrip(int fd, const RoundTrip& trip, std::vector<uint8_t>& buffer) {
     if (send(fd, buffer.data(), trip.request, MSG_NOSIGNAL) != static_cast<ssize_t>(trip.request)) {
         return false;
     }
-    return readFull(fd, buffer.data(), 8) && readFull(fd, buffer.data() + 8, trip.reply - 8);
+    return vexal::testing::recvExact(fd, buffer.data(), 8) && vexal::testing::recvExact(fd, buffer.data() + 8, trip.reply - 8);
 }
 
 // Frame sizes of one call, from the parcels the call really carries.

@@ -3,13 +3,14 @@
 #include <android/binder_parcel.h>
 #include <android/binder_parcel_utils.h>
 #include <android/log.h>
-#include <sys/socket.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cerrno>
 #include <cstdlib>
 #include <vector>
+
+#include "../tests/kit/RawSocket.h"
 
 namespace vexal::fuzz {
 
@@ -33,28 +34,12 @@ inline std::vector<uint8_t> parcelBytes(const AParcel* parcel) {
     return bytes;
 }
 
-// libFuzzer's timeout alarm interrupts blocking calls, so every socket call retries on EINTR.
-inline bool recvExact(int fd, void* out, size_t size) {
-    auto* p = static_cast<uint8_t*>(out);
-    while (size > 0) {
-        const ssize_t n = recv(fd, p, size, 0);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        p += n;
-        size -= static_cast<size_t>(n);
-    }
-    return true;
-}
+// libFuzzer's timeout alarm interrupts blocking calls; these retry on EINTR.
+using vexal::testing::recvExact;
 
 inline void sendAll(int fd, const void* data, size_t size) {
-    const auto* p = static_cast<const uint8_t*>(data);
-    while (size > 0) {
-        const ssize_t n = send(fd, p, size, MSG_NOSIGNAL);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return;  // the other side already closed on a bad frame
-        p += n;
-        size -= static_cast<size_t>(n);
-    }
+    // The other side may already have closed on a bad frame.
+    (void)vexal::testing::sendExact(fd, data, size);
 }
 
 }  // namespace vexal::fuzz

@@ -33,12 +33,8 @@ void* onCreate(void* args) { return args; }
 void onDestroy(void*) {}
 
 int connectToService() {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int fd = vexal::testing::connectUnix(gSocketPath);
     FUZZ_CHECK(fd >= 0);
-    sockaddr_un addr{};
-    addr.sun_family = AF_UNIX;
-    memcpy(addr.sun_path, gSocketPath.c_str(), gSocketPath.size() + 1);
-    FUZZ_CHECK(connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) == 0);
     return fd;
 }
 

@@ -6,8 +6,6 @@
 #include <android/binder_process.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -18,6 +16,7 @@
 #include <mutex>
 #include <thread>
 
+#include "../kit/RawSocket.h"
 #include "binder_test_util.h"
 #include "socket_test_codes.h"
 
@@ -116,33 +115,20 @@ binder_status_t serviceTransact(AIBinder* binder, transaction_code_t code, const
 
 }  // namespace
 
-bool readExactly(int fd, uint8_t* data, size_t size) {
-    while (size > 0) {
-        const ssize_t n = recv(fd, data, size, 0);
-        if (n <= 0) return false;
-        data += n;
-        size -= static_cast<size_t>(n);
-    }
-    return true;
-}
-
 int joinAsStranger(const std::string& path, uint64_t key) {
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un addr{};
-    addr.sun_family = AF_UNIX;
-    if (fd < 0 || path.size() >= sizeof(addr.sun_path)) return 2;
-    memcpy(addr.sun_path, path.c_str(), path.size() + 1);
-    if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) return 2;
+    using namespace vexal::testing;
+    const int fd = connectUnix(path);
+    if (fd < 0) return 2;
     uint8_t header[8];
-    if (!readExactly(fd, header, sizeof(header))) return 2;
+    if (!recvExact(fd, header, sizeof(header))) return 2;
     uint32_t length = 0;
     memcpy(&length, header, 4);
     std::string hello(length, '\0');
-    if (!readExactly(fd, reinterpret_cast<uint8_t*>(hello.data()), length)) return 2;
+    if (!recvExact(fd, hello.data(), length)) return 2;
     uint8_t join[16] = {8, 0, 0, 0, 5, 0, 0, 0};
     memcpy(join + 8, &key, 8);
-    if (send(fd, join, sizeof(join), MSG_NOSIGNAL) != sizeof(join)) return 2;
-    const int result = readExactly(fd, header, sizeof(header)) ? 1 : 0;
+    if (!sendExact(fd, join, sizeof(join))) return 2;
+    const int result = recvExact(fd, header, sizeof(header)) ? 1 : 0;
     close(fd);
     return result;
 }

@@ -1,3 +1,4 @@
+#include "../kit/RawSocket.h"
 #include "../kit/SpawnProgram.h"
 
 #include <android/binder_auto_utils.h>
@@ -37,6 +38,7 @@ extern char** environ;
 namespace {
 
 using namespace binder_test;
+using namespace vexal::testing;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
@@ -96,19 +98,6 @@ bool waitForRecorded(EchoState& state, size_t count) {
     return state.cv.wait_for(lock, 5s, [&] { return state.received.size() >= count; });
 }
 
-// A raw client socket on the service's socket file, as a misbehaving peer would have.
-int connectRaw(const std::string& path) {
-    int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un addr{};
-    addr.sun_family = AF_UNIX;
-    strncpy(addr.sun_path, path.c_str(), sizeof(addr.sun_path) - 1);
-    if (connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0) {
-        close(fd);
-        return -1;
-    }
-    return fd;
-}
-
 // True once the peer has closed fd; whatever it sent before is read and dropped.
 bool closedByPeer(int fd) {
     const auto deadline = Clock::now() + 5s;
@@ -155,6 +144,9 @@ class SocketTest : public testing::Test {
             EXPECT_TRUE(state->cv.wait_for(lock, 5s, [&] { return state->destroyed.load(); }));
         }
     }
+
+    // Where the service published as kName listens.
+    std::string socketFile() const { return dir_ + "/test.vexal.IEcho%2fdefault.sock"; }
 
     pid_t spawnService(const char* instance) {
         std::vector<std::string> env;
@@ -452,7 +444,7 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
     ASSERT_GT(spawnService(kName), 0);
     ndk::SpAIBinder echo = waitForEcho(kName);
     ASSERT_NE(nullptr, echo.get());
-    const std::string path = dir_ + "/test.vexal.IEcho%2fdefault.sock";
+    const std::string path = socketFile();
 
     const std::vector<std::vector<uint8_t>> garbage = {
             frame(0xffffffffu, 2, {}),                  // beyond the size cap
@@ -461,7 +453,7 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
             frame(12, 4, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
     };
     for (const auto& bytes : garbage) {
-        int fd = connectRaw(path);
+        int fd = connectUnix(path);
         ASSERT_GE(fd, 0);
         ASSERT_EQ(static_cast<ssize_t>(bytes.size()),
                   send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL));
@@ -477,22 +469,13 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
 bool readRawFrame(int fd, uint32_t* type, std::vector<uint8_t>* body) {
     timeval tick{5, 0};
     setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
-    auto readAll = [fd](uint8_t* data, size_t size) {
-        while (size > 0) {
-            const ssize_t n = recv(fd, data, size, 0);
-            if (n <= 0) return false;
-            data += n;
-            size -= static_cast<size_t>(n);
-        }
-        return true;
-    };
     uint8_t header[8];
-    if (!readAll(header, sizeof(header))) return false;
+    if (!recvExact(fd, header, sizeof(header))) return false;
     uint32_t length = 0;
     memcpy(&length, header, 4);
     memcpy(type, header + 4, 4);
     body->resize(length);
-    return readAll(body->data(), length);
+    return recvExact(fd, body->data(), length);
 }
 
 struct Hello {
@@ -523,16 +506,16 @@ std::vector<uint8_t> joinFrame(uint64_t key) {
 }
 
 bool sendBytes(int fd, const std::vector<uint8_t>& bytes) {
-    return send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL) == static_cast<ssize_t>(bytes.size());
+    return sendExact(fd, bytes.data(), bytes.size());
 }
 
 TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     ASSERT_GT(spawnService(kName), 0);
     ndk::SpAIBinder echo = waitForEcho(kName);
     ASSERT_NE(nullptr, echo.get());
-    const std::string path = dir_ + "/test.vexal.IEcho%2fdefault.sock";
+    const std::string path = socketFile();
 
-    const int owner = connectRaw(path);
+    const int owner = connectUnix(path);
     ASSERT_GE(owner, 0);
     const std::optional<Hello> hello = readHello(owner);
     ASSERT_TRUE(hello.has_value());
@@ -550,7 +533,7 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     EXPECT_EQ(0, WEXITSTATUS(status)) << "1: a foreign JOIN was accepted, 2: it could not ask";
 
     // A key nobody was given.
-    const int guesser = connectRaw(path);
+    const int guesser = connectUnix(path);
     ASSERT_GE(guesser, 0);
     ASSERT_TRUE(readHello(guesser).has_value());
     ASSERT_TRUE(sendBytes(guesser, joinFrame(hello->key ^ 1)));
@@ -558,7 +541,7 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     close(guesser);
 
     // The same process joins; the channel answers a call with the frames sent before it.
-    const int channel = connectRaw(path);
+    const int channel = connectUnix(path);
     ASSERT_GE(channel, 0);
     ASSERT_TRUE(readHello(channel).has_value());
     ASSERT_TRUE(sendBytes(channel, joinFrame(hello->key)));
@@ -608,15 +591,15 @@ TEST_F(SocketTest, ChannelsStayWithinTheServicesThreadLimit) {
     ASSERT_GT(spawnService(kName), 0);
     ndk::SpAIBinder echo = waitForEcho(kName);
     ASSERT_NE(nullptr, echo.get());
-    const std::string path = dir_ + "/test.vexal.IEcho%2fdefault.sock";
-    const int owner = connectRaw(path);
+    const std::string path = socketFile();
+    const int owner = connectUnix(path);
     ASSERT_GE(owner, 0);
     const std::optional<Hello> hello = readHello(owner);
     ASSERT_TRUE(hello.has_value());
 
     // Nothing has called the service yet, so no channel of the proxy holds a thread.
     auto join = [&]() -> int {
-        const int fd = connectRaw(path);
+        const int fd = connectUnix(path);
         uint32_t type = 0;
         std::vector<uint8_t> body;
         if (fd < 0 || !readHello(fd).has_value() || !sendBytes(fd, joinFrame(hello->key)) ||
@@ -708,7 +691,7 @@ TEST_F(SocketTest, TermStopsTheServiceCleanly) {
     // Under the sanitizers a leak would make the exit status non-zero.
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(0, WEXITSTATUS(status));
-    EXPECT_FALSE(std::filesystem::exists(dir_ + "/test.vexal.IEcho%2fdefault.sock"));
+    EXPECT_FALSE(std::filesystem::exists(socketFile()));
     std::optional<std::string> reply;
     EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(echo.get(), "stopped", &reply));
 }

@@ -183,13 +183,15 @@ bool readFull(int fd, uint8_t* data, size_t size,
 
 enum class ReadResult { kOk, kClosed, kTooLarge };
 
+// The body is not read (or allocated) when its length is beyond maxLength.
 ReadResult readFrame(int fd, uint32_t* type, uint32_t* length, std::vector<uint8_t>* body,
-                     const std::chrono::steady_clock::time_point* deadline = nullptr) {
+                     const std::chrono::steady_clock::time_point* deadline = nullptr,
+                     uint32_t maxLength = kMaxFrame) {
     uint8_t header[8];
     if (!readFull(fd, header, sizeof(header), deadline)) return ReadResult::kClosed;
     memcpy(length, header, 4);
     memcpy(type, header + 4, 4);
-    if (*length > kMaxFrame) return ReadResult::kTooLarge;
+    if (*length > maxLength) return ReadResult::kTooLarge;
     body->resize(*length);
     return readFull(fd, body->data(), *length, deadline) ? ReadResult::kOk : ReadResult::kClosed;
 }
@@ -579,15 +581,14 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     static bool readHello(int fd, uint64_t* ref, std::string* descriptor, uint64_t* key) {
         const auto deadline = std::chrono::steady_clock::now() + kHelloTimeout;
-        uint8_t header[8];
-        if (!readFull(fd, header, sizeof(header), &deadline)) return false;
-        uint32_t length = 0;
         uint32_t type = 0;
-        memcpy(&length, header, 4);
-        memcpy(&type, header + 4, 4);
-        if (type != kHello || length > kMaxDescriptor + 20) return false;
-        std::vector<uint8_t> body(length);
-        if (!readFull(fd, body.data(), length, &deadline)) return false;
+        uint32_t length = 0;
+        std::vector<uint8_t> body;
+        if (readFrame(fd, &type, &length, &body, &deadline, kMaxDescriptor + 20) !=
+                    ReadResult::kOk ||
+            type != kHello) {
+            return false;
+        }
         FrameReader reader(body.data(), body.size());
         if (!reader.u64(ref) || !reader.str(descriptor, kMaxDescriptor)) return false;
         *key = 0;
@@ -643,8 +644,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
         uint32_t type = 0;
         uint32_t length = 0;
         std::vector<uint8_t> body;
-        if (readFrame(fd, &type, &length, &body, &deadline) != ReadResult::kOk ||
-            type != kJoined || length != 0) {
+        if (readFrame(fd, &type, &length, &body, &deadline, 0) != ReadResult::kOk ||
+            type != kJoined) {
             return nullptr;
         }
         return channel;
