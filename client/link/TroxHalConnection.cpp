@@ -12,8 +12,10 @@ namespace {
 
 constexpr char kTag[] = "TROXFramework-lib-vendor";
 
-std::shared_ptr<ITrox> g_trox_hal;
+// The lock is declared first so that at unload the pointer goes before it: a death notice
+// arriving late then still finds a live lock.
 std::shared_timed_mutex g_trox_hal_mutex;
+std::shared_ptr<ITrox> g_trox_hal;
 AIBinder_DeathRecipient* g_trox_death_recipient = nullptr;
 
 void onTroxHalDied(void* /*cookie*/) {

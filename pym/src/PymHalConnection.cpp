@@ -11,8 +11,10 @@ using vexal::pym::kTag;
 
 namespace {
 
-std::shared_ptr<ITrox> g_pym_hal;
+// The lock is declared first so that at unload the pointer goes before it: a death notice
+// arriving late then still finds a live lock.
 std::shared_timed_mutex g_pym_hal_mutex;
+std::shared_ptr<ITrox> g_pym_hal;
 AIBinder_DeathRecipient* g_pym_death_recipient = nullptr;
 
 void onPymHalDied(void* /*cookie*/) {
