@@ -5,6 +5,7 @@
 #include "pym.h"
 
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <android/log.h>
 #include <benchmark/benchmark.h>
 #include <binder_host/service_control.h>
@@ -258,6 +259,8 @@ BENCHMARK(BM_SocketPymPair_Warn)->UseRealTime();
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+    // One-way calls, callbacks and death notices come in on binder threads only.
+    ABinderProcess_startThreadPool();
     setUp();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();

@@ -5,6 +5,7 @@
 
 #include <aidl/vendor/vexal/hardware/trox/ITrox.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 
 #include <cstdio>
 
@@ -22,6 +23,9 @@ bool report(const char* what, const ndk::ScopedAStatus& status) {
 }  // namespace
 
 int main() {
+    // What binder sends this process on its own (one-way calls, callbacks, death notices)
+    // arrives only on its binder threads.
+    ABinderProcess_startThreadPool();
     vexal::testing::FakeTroxService service;
     service.fake().setIntResult("troxResCtlRequest", 1001);
     service.fake().setIntResult("troxResCtlRelease", 0);

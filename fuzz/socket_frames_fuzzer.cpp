@@ -2,6 +2,7 @@
 // fuzzer is a hostile client process writing arbitrary frames after the service's HELLO.
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -59,6 +60,8 @@ void drainUntilClosed(int fd) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     vexal::fuzz::quietLogs();
+    // Calls from the other side and death notices come in on binder threads only.
+    ABinderProcess_startThreadPool();
     char dirTemplate[] = "/tmp/vexal-fuzz-XXXXXX";
     FUZZ_CHECK(mkdtemp(dirTemplate) != nullptr);
     const std::string dir = dirTemplate;

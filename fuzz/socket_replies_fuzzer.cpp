@@ -2,6 +2,7 @@
 // answers the connection with arbitrary HELLO bytes, then arbitrary frames after the first call.
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -109,6 +110,8 @@ void serve(const std::string& hello, const std::string& rest, int mainDone) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     vexal::fuzz::quietLogs();
+    // Calls from the other side and death notices come in on binder threads only.
+    ABinderProcess_startThreadPool();
     char dirTemplate[] = "/tmp/vexal-fuzz-XXXXXX";
     FUZZ_CHECK(mkdtemp(dirTemplate) != nullptr);
     static const std::string dir = dirTemplate;

@@ -3,6 +3,7 @@
 #include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 
 #include <binder_host/service_control.h>
 
@@ -49,6 +50,8 @@ ndk::SpAIBinder publish(const std::shared_ptr<TroxCallbackClient>& client, const
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     vexal::fuzz::quietLogs();
+    // Calls from the other side and death notices come in on binder threads only.
+    ABinderProcess_startThreadPool();
     auto ids = std::make_shared<IdSink>();
     auto paths = std::make_shared<PathSink>();
     proxies().push_back(publish(ndk::SharedRefBase::make<TroxCallbackClient>(ids, true, false),

@@ -4,6 +4,7 @@
 #include <aidl/vendor/vexal/hardware/trox/ITrox.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <binder_host/service_control.h>
@@ -141,6 +142,8 @@ void callLibrary(int which) {
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     vexal::fuzz::quietLogs();
+    // Calls from the other side and death notices come in on binder threads only.
+    ABinderProcess_startThreadPool();
     static AIBinder_Class* clazz = AIBinder_Class_define(ITrox::descriptor, onCreate, onDestroy,
                                                          onTransact);
     AIBinder* raw = AIBinder_new(clazz, nullptr);

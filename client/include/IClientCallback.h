@@ -2,6 +2,8 @@
 
 // Callback interfaces that callers implement to receive answers and resource changes that the
 // service sends later. The library holds them by shared pointer and never creates or deletes them.
+// onCallback runs on one of the caller process's binder threads, with no library lock held; the
+// process must run a binder thread pool (ABinderProcess_startThreadPool) or no call ever comes.
 
 #include "PymClient.h"
 #include "vexal_export.h"

@@ -3,6 +3,13 @@
 // The resource-control client class: static members that ask the service to apply, read and
 // watch resources, run scenarios and diagnostics. Integer results are -1 when there was no
 // answer, no connection or the input was rejected.
+//
+// Binder threads: callbacks and the service's death notice reach the caller's process only on
+// the threads it gave to binder (ABinderProcess_startThreadPool, or a thread in
+// ABinderProcess_joinThreadPool). The library starts none, so a process that passes a callback,
+// or relies on reconnecting after the service died, must run a binder thread pool. Without one
+// callbacks never run, and the first call after a death fails with -1 before the next one
+// reconnects.
 
 #include "IClientCallback.h"
 #include "PymClient.h"
@@ -36,7 +43,8 @@ class VEXAL_EXPORT troxHalclient {
     static int troxResCtlRequest(int handle, int duration, ResourceList& resources, int pid);
     static int troxResCtlRequest(int handle, int duration, ResourceList& resources, int flag,
                                  int pid);
-    // The service's answer reaches `callback` once, later, on a binder thread.
+    // The service's answer reaches `callback` once, later, on a binder thread: needs the
+    // process's binder thread pool.
     static int troxResCtlRequest(int handle, int duration, ResourceList& resources, int param,
                                  int flag, int pid,
                                  const std::shared_ptr<IClientCallback>& callback);
@@ -45,6 +53,7 @@ class VEXAL_EXPORT troxHalclient {
     // Scenario control. The short form is (-1, duration, id, -1, -1, pid).
     static int troxSACtlRequest(int duration, int id, int pid);
     static int troxSACtlRequest(int handle, int duration, int id, int param, int flag, int pid);
+    // As above; `callback` runs on a binder thread: needs the process's binder thread pool.
     static int troxSACtlRequest(int handle, int duration, int id, int param, int flag, int pid,
                                 const std::shared_ptr<IClientCallback>& callback);
     static int troxSACtlRelease(int handle);
@@ -52,13 +61,15 @@ class VEXAL_EXPORT troxHalclient {
     // Appends the values read to `result`; returns its size afterwards, or -1.
     static int troxResStateRequest(ResourceList& request, int pid, ResourceList& result);
 
-    // Listening: the callback is called on every change until the handle is unregistered. A
-    // second registration of the same id list is refused.
+    // Listening: the callback is called on every change until the handle is unregistered, on
+    // a binder thread: needs the process's binder thread pool. A second registration of the
+    // same id list is refused.
     static int troxResListeningRegister(ResourceList& resources, int value,
                                         const std::shared_ptr<IClientCallback>& callback);
     static int troxResListeningUnRegister(int handle);
     // 0 when the service took the levels, else -1.
     static int troxThermalNotify(ResourceList& resources, int value);
+    // `callback` gets thermal levels on a binder thread: needs the process's binder thread pool.
     static int troxThermalListeningRegister(const std::vector<int>& ids,
                                             const std::shared_ptr<IClientCallback>& callback);
     // Leaves the library's side of the registration until troxResListeningUnRegister.
@@ -69,6 +80,7 @@ class VEXAL_EXPORT troxHalclient {
                                            const std::vector<std::string>& paths,
                                            const std::vector<std::string>& values, int param,
                                            int flag, int pid);
+    // `callback` gets the answer on a binder thread: needs the process's binder thread pool.
     static int trox_resctl_request_with_callback_by_path(
             int handle, long duration, const std::vector<std::string>& paths,
             const std::vector<std::string>& values, int param, int flag, int pid,
@@ -81,6 +93,8 @@ class VEXAL_EXPORT troxHalclient {
     static int trox_res_state_request_map_by_path(const std::map<std::string, std::string>& request,
                                                   int value,
                                                   std::map<std::string, std::string>& result);
+    // Listening by path; `callback` runs on a binder thread for every change: needs the
+    // process's binder thread pool.
     static int trox_res_listening_register_by_path(
             const std::vector<std::string>& paths, int value,
             const std::shared_ptr<IClientCallbackByPath>& callback);

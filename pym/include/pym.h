@@ -3,6 +3,12 @@
 // The Event API: plain exported functions that acquire and release resources for events, send
 // notifications and rule changes, and read resource values and service data. Every function
 // returns -1 when it has no answer, no connection or rejected input.
+//
+// Death recovery: when the service dies, binder tells the library on one of the caller
+// process's binder threads, and the next call connects afresh. The library starts no thread of
+// its own, so the process must run a binder thread pool (ABinderProcess_startThreadPool, or a
+// thread in ABinderProcess_joinThreadPool). Without one the notice never comes: the first call
+// after a death fails with -1 and the call after it reconnects.
 
 #include "PymClient.h"
 #include "vexal_export.h"
@@ -23,6 +29,8 @@ VEXAL_EXPORT int32_t PymEventAcquire(int32_t cmdid, const std::string& pkg,
                                      const std::string& identity, int32_t duration,
                                      const std::vector<PymClient::Resource>& resources);
 // As PymEventAcquire without waiting for the service; returns a handle drawn here, or -1.
+// Being one-way, it cannot see the service die: a dead connection is noticed only through the
+// death notice (which needs a binder thread pool, see above) or a later two-way call.
 VEXAL_EXPORT int32_t PymEventAcquireOneWay(int32_t cmdid, const std::string& pkg,
                                            const std::string& identity, int32_t duration,
                                            const std::vector<PymClient::Resource>& resources);

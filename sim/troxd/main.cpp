@@ -75,6 +75,10 @@ int main(int argc, char** argv) {
         __android_log_print(ANDROID_LOG_WARN, kTag, "exiting at once, as asked");
         _exit(1);
     });
+    // Threads first, so the first client finds the service ready to serve.
+    ABinderProcess_setThreadPoolMaxThreadCount(4);
+    ABinderProcess_startThreadPool();
+    std::thread([] { ABinderProcess_joinThreadPool(); }).detach();
     if (AServiceManager_addService(service->asBinder().get(), sim::kTroxInstance) != EX_NONE) {
         return fail(std::string("cannot publish ") + sim::kTroxInstance, 1);
     }
@@ -82,10 +86,6 @@ int main(int argc, char** argv) {
             ANDROID_LOG_INFO, kTag, "serving %s in %s (config: %s)", sim::kTroxInstance,
             dir.c_str(),
             options.configPath.empty() ? "built-in default" : options.configPath.c_str());
-
-    ABinderProcess_setThreadPoolMaxThreadCount(4);
-    ABinderProcess_startThreadPool();
-    std::thread([] { ABinderProcess_joinThreadPool(); }).detach();
 
     int sig = 0;
     while (sigwait(&stopSignals, &sig) != 0) {

@@ -10,7 +10,9 @@ namespace vexal::testing {
 inline constexpr char kTroxInstance[] = "vendor.vexal.hardware.trox.ITrox/default";
 
 // A FakeTrox published under the service's instance name, as a device service would publish
-// itself. Starts from an empty service manager and leaves one behind.
+// itself. Starts from an empty service manager and leaves one behind. The callbacks it sends
+// and the death notices of kill() reach the process only on its binder threads: start a thread
+// pool first, as a device process must (the kit's test main, vexal_test_main, does).
 class FakeTroxService {
   public:
     enum class Start { kRunning, kDeclaredOnly, kNotDeclared };

@@ -8,7 +8,7 @@
 #include "calling_context.h"
 #include "death.h"
 #include "fault_injection.h"
-#include "worker.h"
+#include "process.h"
 
 struct AIBinder_DeathRecipient {
     std::shared_ptr<binder_impl::RecipientState> state;
@@ -71,25 +71,25 @@ void deliverDeaths(std::vector<DeathLink> links, bool mayWait) {
     };
     auto pending = std::make_shared<Pending>();
     pending->left = links.size();
-    // Waiting while serving a call, or from a handler, could wait on ourselves.
-    const bool wait = mayWait && !isServingTransaction() && !deathNotifier().onWorkerThread();
+    // Waiting while serving a call, on a binder thread, or with no binder thread to run the
+    // handlers could wait on ourselves.
+    const bool wait = mayWait && !isServingTransaction() && !onBinderThread() &&
+                      threadPoolThreadLimit() > 0;
     auto finishOne = [pending] {
         std::lock_guard<std::mutex> lock(pending->mutex);
         if (--pending->left == 0) pending->done.notify_all();
     };
+    // One task per link: a handler that waits (say, for a lock held by a caller that is
+    // reconnecting) leaves the other threads of the pool to the other recipients.
     for (DeathLink& link : links) {
-        const bool posted = deathNotifier().post([link = std::move(link), finishOne] {
-            if (!link.recipient->deleted.load()) {
-                link.recipient->onDied(link.cookie);
-                auto onUnlinked = link.recipient->onUnlinked.load();
-                if (onUnlinked != nullptr && !link.recipient->deleted.load()) {
-                    onUnlinked(link.cookie);
-                }
-            }
-            finishOne();
+        // Counts the link done when its task ends, or when it is refused at exit.
+        std::shared_ptr<void> done(nullptr, [finishOne](void*) { finishOne(); });
+        postToThreadPool([link = std::move(link), done = std::move(done)] {
+            if (link.recipient->deleted.load()) return;
+            link.recipient->onDied(link.cookie);
+            auto onUnlinked = link.recipient->onUnlinked.load();
+            if (onUnlinked != nullptr && !link.recipient->deleted.load()) onUnlinked(link.cookie);
         });
-        // At exit the notifier is gone and nobody is told.
-        if (!posted) finishOne();
     }
     if (!wait) return;
     std::unique_lock<std::mutex> lock(pending->mutex);

@@ -5,8 +5,8 @@
 
 #include "binder_internal.h"
 #include "parcel_internal.h"
+#include "process.h"
 #include "transport.h"
-#include "worker.h"
 
 namespace binder_impl {
 namespace {
@@ -66,7 +66,8 @@ class InProcessObject : public RemoteObject, public std::enable_shared_from_this
         if (local == nullptr) return STATUS_DEAD_OBJECT;
         std::shared_ptr<AParcel> copy = copyParcel(request);
         std::shared_ptr<InProcessObject> self = shared_from_this();
-        onewayDispatcher().post([self, local, code, copy] {
+        // As if from another process: on a binder thread, after the ones sent before it.
+        oneway_->post([self, local, code, copy] {
             // One-way calls queued before a death are lost, as with a dead process.
             if (!self->isAlive()) return;
             AParcel ignoredReply;
@@ -127,6 +128,7 @@ class InProcessObject : public RemoteObject, public std::enable_shared_from_this
     bool dead_ = false;
     const std::string descriptor_;
     DeathLinkList links_;
+    const std::shared_ptr<SerialQueue> oneway_ = std::make_shared<SerialQueue>();
 };
 
 std::shared_ptr<RemoteObject> InProcessTransport::exportLocal(AIBinder* binder) {

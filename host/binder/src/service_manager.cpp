@@ -14,8 +14,8 @@
 #include "death.h"
 #include "fault_injection.h"
 #include "host_dir.h"
+#include "process.h"
 #include "socket_transport.h"
-#include "worker.h"
 
 namespace binder_impl {
 namespace {
@@ -205,8 +205,15 @@ void failNextTransactions(binder_status_t status, int count) {
 }
 
 void drainNotifications() {
-    onewayDispatcher().drain();
-    deathNotifier().drain();
+    drainThreadPool();
+}
+
+size_t queuedBinderWork() {
+    return queuedThreadPoolWork();
+}
+
+bool waitForQueuedBinderWork(size_t count, std::chrono::milliseconds timeout) {
+    return waitForQueuedThreadPoolWork(count, timeout);
 }
 
 void resetServiceManager() {
@@ -221,8 +228,7 @@ void resetServiceManager() {
     resetSocketTransport();
     linkToDeathFault().clear();
     proxyTransactionFault().clear();
-    onewayDispatcher().drain();
-    deathNotifier().drain();
+    drainThreadPool();
 }
 
 }  // namespace binder_host

@@ -47,7 +47,9 @@
 // switches per call. So each client thread that makes a two-way call borrows a channel: a
 // second socket to the same listener whose first frame is JOIN (uint64 key from the HELLO).
 // The service answers JOINED (empty) and from then on serves TRANSACTs from that socket on the
-// thread reading it; the caller reads its REPLY itself. Everything else stays on the first
+// thread reading it, which counts as one of its binder threads: a process that gave binder
+// none admits no channel, and its calls wait on the first socket for a thread. The caller
+// reads its REPLY itself. Everything else stays on the first
 // socket. A REPLY on a channel carries, after its transaction id, a uint64: how many frames the
 // service had sent on the first socket by then. The caller returns only once its reader has
 // handled that many, so what the service sent before replying is seen first, as on one stream.
@@ -506,7 +508,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
         if (!owner->admitChannel(channel)) return true;
         FrameWriter joined(kJoined);
         const std::vector<uint8_t>& bytes = joined.finish();
-        if (writeFull(channel->fd, bytes.data(), bytes.size())) owner->serveChannel(channel);
+        if (writeFull(channel->fd, bytes.data(), bytes.size())) {
+            BinderThreadScope binderThread;
+            owner->serveChannel(channel);
+        }
         owner->dropChannel(channel);
         return true;
     }
@@ -536,10 +541,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
         const std::shared_ptr<RemoteObject> object;
         const std::shared_ptr<AIBinder> local;
         uint64_t count = 0;
-        // One-way calls run one at a time, in arrival order.
-        std::mutex onewayMutex;
-        std::deque<std::pair<transaction_code_t, std::shared_ptr<AParcel>>> oneway;
-        bool onewayRunning = false;
+        const std::shared_ptr<SerialQueue> oneway = std::make_shared<SerialQueue>();
     };
 
     struct Waiter {
@@ -966,13 +968,11 @@ class Connection : public std::enable_shared_from_this<Connection> {
         std::shared_ptr<Export> target = findExport(call.ref);
         if ((call.flags & FLAG_ONEWAY) != 0) {
             if (target == nullptr) return true;  // nothing to deliver to, nobody to tell
-            {
-                std::lock_guard<std::mutex> lock(target->onewayMutex);
-                target->oneway.emplace_back(call.code, std::move(call.request));
-                if (target->onewayRunning) return true;
-                target->onewayRunning = true;
-            }
-            postToThreadPool([self = shared_from_this(), target] { self->runOneway(*target); });
+            target->oneway->post([self = shared_from_this(), target, code = call.code,
+                                  request = std::move(call.request)] {
+                AParcel ignored;
+                self->serve(target.get(), code, *request, &ignored);
+            });
             return true;
         }
         postToThreadPool([self = shared_from_this(), target, call = std::move(call)]() mutable {
@@ -989,23 +989,6 @@ class Connection : public std::enable_shared_from_this<Connection> {
                           AParcel* reply) {
         if (target == nullptr || !target->object->isAlive()) return STATUS_DEAD_OBJECT;
         return serveLocal(target->local.get(), code, request, reply, peerPid_, peerUid_);
-    }
-
-    void runOneway(Export& target) {
-        for (;;) {
-            std::pair<transaction_code_t, std::shared_ptr<AParcel>> call;
-            {
-                std::lock_guard<std::mutex> lock(target.onewayMutex);
-                if (target.oneway.empty()) {
-                    target.onewayRunning = false;
-                    return;
-                }
-                call = std::move(target.oneway.front());
-                target.oneway.pop_front();
-            }
-            AParcel ignored;
-            serve(&target, call.first, *call.second, &ignored);
-        }
     }
 
     // channelFd < 0: on the shared stream. Returns the status the peer was sent.

@@ -7,9 +7,9 @@
 
 namespace binder_impl {
 
-// Incoming calls run on the binder thread pool, which adds threads on demand even in a process
-// that never started it; one-way calls to one object run in order. A binder that came from a
-// third process cannot be passed on: the call fails with STATUS_BAD_VALUE.
+// Incoming calls and death notices run on the process's binder threads (process.h), and wait
+// while it has none; one-way calls to one object run in order. A binder that came from a third
+// process cannot be passed on: the call fails with STATUS_BAD_VALUE.
 
 // Services of this process become reachable from others through a listening socket per instance;
 // all of these are no-ops or null when socket mode is off (see host_dir.h).

@@ -1,9 +1,23 @@
 #pragma once
 
 // Host-only controls for tests: nothing on a device has these.
+//
+// Binder threads. As on a device, calls from another process, one-way calls and death notices
+// reach a process only on the threads it gave to binder: ABinderProcess_startThreadPool (grown
+// on demand up to ABinderProcess_setThreadPoolMaxThreadCount) and threads in
+// ABinderProcess_joinThreadPool. Until it has one, that work waits.
+//
+// Services in the same process differ from a device. There a client of a service in its own
+// process gets the local object and calls it directly on its own thread, one-way calls
+// included. Here it gets a proxy so that every call is encoded and decoded, as across
+// processes. Two-way calls still run on the caller's thread, but one-way calls and the death
+// notices of killService go to the binder threads, as they would from another process: a test
+// process needs a thread pool to see them.
 
 #include <android/binder_status.h>
 
+#include <chrono>
+#include <cstddef>
 #include <string>
 
 namespace binder_host {
@@ -13,9 +27,9 @@ void declareService(const std::string& instance);
 void undeclareService(const std::string& instance);
 
 // Makes the service registered under instance die: its name is removed, its proxies answer
-// STATUS_DEAD_OBJECT and each linked death recipient fires once on the kit's notification
-// thread. Waits for the recipients unless called while serving a transaction.
-// False if nothing is registered under that name.
+// STATUS_DEAD_OBJECT and each linked death recipient fires once on a binder thread. Waits for
+// the recipients unless called while serving a transaction, on a binder thread, or in a process
+// without binder threads. False if nothing is registered under that name.
 bool killService(const std::string& instance);
 
 // The next count calls to AIBinder_linkToDeath fail with status.
@@ -29,8 +43,14 @@ void failNextTransactions(binder_status_t status, int count = 1);
 // notifications finish first. Also stops listening and closes every socket connection.
 void resetServiceManager();
 
-// Returns once the one-way calls and death notifications queued so far have run.
+// Returns once no one-way call, incoming call or death notice is queued or running on the
+// binder threads. Returns at once on a binder thread or in a process without binder threads.
 void drainNotifications();
+
+// Work of this process that waits for a binder thread (see above).
+size_t queuedBinderWork();
+// Waits until at least count items wait for a binder thread; false after the timeout.
+bool waitForQueuedBinderWork(size_t count, std::chrono::milliseconds timeout);
 
 // Socket mode: services added here are also served to other processes through a Unix socket in
 // dir, and services not added here are looked for there. Replaces BINDER_HOST_DIR (read at first
