@@ -4,6 +4,7 @@
 // names as a channel and exits 0 if the service refuses, 1 if it accepts, 2 on other errors.
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <binder_host/service_control.h>
 #include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <mutex>
 #include <thread>
@@ -137,21 +139,32 @@ int main(int argc, char** argv) {
     if (argc == 4 && std::string(argv[1]) == "--join") {
         return joinAsStranger(argv[2], std::stoull(argv[3]));
     }
-    if (argc != 2) {
-        fprintf(stderr, "usage: %s INSTANCE (with BINDER_HOST_DIR set)\n", argv[0]);
+    // --pool-on-sigusr1: gives binder no thread until SIGUSR1, and creates the file
+    // $BINDER_HOST_DIR/queued once a call waits for one.
+    const bool lazy = argc == 3 && std::string(argv[2]) == "--pool-on-sigusr1";
+    if (argc != 2 && !lazy) {
+        fprintf(stderr, "usage: %s INSTANCE [--pool-on-sigusr1] (with BINDER_HOST_DIR set)\n",
+                argv[0]);
         return 2;
     }
-    // Every thread inherits the mask, so only the waiter below sees SIGTERM.
-    sigset_t term;
-    sigemptyset(&term);
-    sigaddset(&term, SIGTERM);
-    pthread_sigmask(SIG_BLOCK, &term, nullptr);
-    std::thread([term] {
-        int signal = 0;
-        sigwait(&term, &signal);
-        std::lock_guard<std::mutex> lock(gMutex);
-        gRemembered = ndk::SpAIBinder();
-        std::exit(0);
+    // Every thread inherits the mask, so only the waiter below sees the signals.
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    std::thread([signals] {
+        for (;;) {
+            int signal = 0;
+            sigwait(&signals, &signal);
+            if (signal == SIGUSR1) {
+                ABinderProcess_startThreadPool();
+                continue;
+            }
+            std::lock_guard<std::mutex> lock(gMutex);
+            gRemembered = ndk::SpAIBinder();
+            std::exit(0);
+        }
     }).detach();
 
     static EchoState state;
@@ -159,6 +172,12 @@ int main(int argc, char** argv) {
             kEchoDescriptor, [](void* args) { return args; }, [](void*) {}, serviceTransact);
     ndk::SpAIBinder service(AIBinder_new(clazz, &state));
     if (AServiceManager_addService(service.get(), argv[1]) != EX_NONE) return 1;
+    if (lazy) {
+        if (!binder_host::waitForQueuedBinderWork(1, std::chrono::minutes(1))) return 1;
+        const char* dir = getenv("BINDER_HOST_DIR");
+        std::ofstream(std::string(dir != nullptr ? dir : ".") + "/queued") << "1\n";
+        for (;;) pause();
+    }
     ABinderProcess_startThreadPool();
     ABinderProcess_joinThreadPool();
     return 0;

@@ -148,7 +148,7 @@ class SocketTest : public testing::Test {
     // Where the service published as kName listens.
     std::string socketFile() const { return dir_ + "/test.vexal.IEcho%2fdefault.sock"; }
 
-    pid_t spawnService(const char* instance) {
+    pid_t spawnService(const char* instance, std::vector<std::string> extra = {}) {
         std::vector<std::string> env;
         for (char** e = environ; *e != nullptr; ++e) {
             if (strncmp(*e, "BINDER_HOST_DIR=", 16) != 0) env.emplace_back(*e);
@@ -158,8 +158,9 @@ class SocketTest : public testing::Test {
         for (std::string& e : env) envp.push_back(e.data());
         envp.push_back(nullptr);
         pid_t pid = 0;
-        if (vexal::testing::spawnProgram(&pid, {SOCKET_ECHO_SERVICE, instance}, nullptr,
-                                         envp.data()) != 0) {
+        std::vector<std::string> argv{SOCKET_ECHO_SERVICE, instance};
+        argv.insert(argv.end(), extra.begin(), extra.end());
+        if (vexal::testing::spawnProgram(&pid, argv, nullptr, envp.data()) != 0) {
             return -1;
         }
         children_.push_back(pid);
@@ -583,6 +584,32 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     std::optional<std::string> reply;
     ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
     EXPECT_EQ("unharmed", reply);
+}
+
+// A service that gave binder no thread answers nothing: the call waits, as the driver holds it,
+// until the service starts its pool.
+TEST_F(SocketTest, CallsWaitUntilTheServiceGivesBinderAThread) {
+    const pid_t service = spawnService(kName, {"--pool-on-sigusr1"});
+    ASSERT_GT(service, 0);
+    ndk::SpAIBinder echo = waitForEcho(kName);
+    ASSERT_NE(nullptr, echo.get());
+    auto answer = std::async(std::launch::async, [&echo] {
+        std::optional<std::string> reply;
+        const binder_status_t status = callEcho(echo.get(), "held", &reply);
+        return status == STATUS_OK ? reply.value_or("<null>") : "status " + std::to_string(status);
+    });
+    const std::string queued = dir_ + "/queued";
+    const auto deadline = Clock::now() + 10s;
+    while (!std::filesystem::exists(queued) && Clock::now() < deadline) {
+        std::this_thread::sleep_for(2ms);
+    }
+    const bool reached = std::filesystem::exists(queued);
+    const bool answeredEarly = answer.wait_for(0s) != std::future_status::timeout;
+    // Before any assertion: the caller's thread must not be left waiting.
+    ASSERT_EQ(0, kill(service, SIGUSR1));
+    EXPECT_TRUE(reached) << "the call never reached the service";
+    EXPECT_FALSE(answeredEarly) << "answered by a thread the service never gave binder";
+    EXPECT_EQ("held", answer.get());
 }
 
 // Every channel costs the service a thread: no more join than its binder threads may number
