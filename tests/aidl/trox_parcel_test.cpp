@@ -339,7 +339,7 @@ TEST(ParcelableValueWire, NullMarkerAndArrays) {
 
     AParcel_setDataPosition(parcel.get(), 0);
     std::optional<TroxRequestData> maybe = data(1);
-    EXPECT_EQ(ndk::AParcel_readData(parcel.get(), &maybe), STATUS_OK);
+    EXPECT_EQ(ndk::AParcel_readNullableData(parcel.get(), &maybe), STATUS_OK);
     EXPECT_FALSE(maybe.has_value());
 
     // An array whose element is marked null is refused for a non-null element type.

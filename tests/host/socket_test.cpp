@@ -208,7 +208,10 @@ TEST_F(SocketTest, CallsReachAServiceInAnotherProcess) {
 
     ndk::SpAIBinder again(AServiceManager_checkService(kName));
     EXPECT_EQ(echo.get(), again.get());
+#pragma GCC diagnostic push  // deprecated on devices too, still part of the API under test
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     ndk::SpAIBinder got(AServiceManager_getService(kName));
+#pragma GCC diagnostic pop
     EXPECT_EQ(echo.get(), got.get());
 
     ndk::ScopedAParcel out;

@@ -96,8 +96,6 @@ AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
 
 void AIBinder_Class_setOnDump(AIBinder_Class*, AIBinder_onDump) {}
 
-void AIBinder_Class_setHandleShellCommand(AIBinder_Class*, AIBinder_handleShellCommand) {}
-
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz) {
     return clazz->descriptor.c_str();
 }
@@ -173,6 +171,8 @@ binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, APa
     if (code < FIRST_CALL_TRANSACTION || code > LAST_CALL_TRANSACTION) {
         return STATUS_UNKNOWN_TRANSACTION;
     }
+    // Vendor code marks its calls private (FLAG_PRIVATE_LOCAL); the flag never leaves the process.
+    flags &= ~static_cast<binder_flags_t>(FLAG_PRIVATE_VENDOR);
     if (AIBinder_isRemote(binder)) {
         if (binder_status_t injected = proxyTransactionFault().take(); injected != STATUS_OK) {
             return injected;
@@ -215,14 +215,8 @@ bool AIBinder_Weak_lt(const AIBinder_Weak* lhs, const AIBinder_Weak* rhs) {
     return std::less<const AIBinder*>()(lhs->original, rhs->original);
 }
 
-void AIBinder_markCompilationUnitStability(AIBinder* binder) {
-    binder->stability = kStabilityVendor;
-}
 void AIBinder_markVendorStability(AIBinder* binder) {
     binder->stability = kStabilityVendor;
-}
-void AIBinder_markSystemStability(AIBinder* binder) {
-    binder->stability = kStabilitySystem;
 }
 void AIBinder_markVintfStability(AIBinder* binder) {
     binder->stability = kStabilityVintf;

@@ -638,7 +638,9 @@ binder_status_t AParcel_readParcelFileDescriptor(const AParcel* parcel, int* fd)
 }
 
 binder_status_t AParcel_writeStatusHeader(AParcel* parcel, const AStatus* status) {
-    if (parcel == nullptr || status == nullptr) return STATUS_UNEXPECTED_NULL;
+    // An empty status here is a service method that returned a default ndk::ScopedAStatus.
+    requireStatus(status, __func__);
+    if (parcel == nullptr) return STATUS_UNEXPECTED_NULL;
     // Transport failures travel as the transaction's own status, never as an exception.
     if (status->exception == EX_TRANSACTION_FAILED) return status->errorCode;
     if (binder_status_t s = writeValue<int32_t>(parcel, status->exception); s != STATUS_OK) {

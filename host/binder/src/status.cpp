@@ -1,5 +1,7 @@
 #include <android/binder_status.h>
+#include <log/log.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -103,9 +105,24 @@ AStatus* make(binder_exception_t exception, int32_t errorCode, const char* messa
 }
 
 }  // namespace
+
+const AStatus& requireStatus(const AStatus* status, const char* function) {
+    if (status == nullptr) {
+        const std::string message = std::string(function) +
+                                    ": null AStatus (an empty ndk::ScopedAStatus: default-made or "
+                                    "moved from)";
+        __android_log_write(ANDROID_LOG_FATAL, "binder_host", message.c_str());
+        std::fprintf(stderr, "%s\n", message.c_str());
+        std::fflush(stderr);
+        std::abort();
+    }
+    return *status;
+}
+
 }  // namespace binder_impl
 
 using binder_impl::make;
+using binder_impl::requireStatus;
 
 AStatus* AStatus_newOk() {
     return binder_impl::okSingleton();
@@ -133,26 +150,29 @@ AStatus* AStatus_fromStatus(binder_status_t status) {
 }
 
 bool AStatus_isOk(const AStatus* status) {
-    return status->exception == EX_NONE;
+    return requireStatus(status, __func__).exception == EX_NONE;
 }
 
 binder_exception_t AStatus_getExceptionCode(const AStatus* status) {
-    return status->exception;
+    return requireStatus(status, __func__).exception;
 }
 
 int32_t AStatus_getServiceSpecificError(const AStatus* status) {
-    return status->exception == EX_SERVICE_SPECIFIC ? status->errorCode : 0;
+    const AStatus& s = requireStatus(status, __func__);
+    return s.exception == EX_SERVICE_SPECIFIC ? s.errorCode : 0;
 }
 
 binder_status_t AStatus_getStatus(const AStatus* status) {
-    return status->exception == EX_TRANSACTION_FAILED ? status->errorCode : STATUS_OK;
+    const AStatus& s = requireStatus(status, __func__);
+    return s.exception == EX_TRANSACTION_FAILED ? s.errorCode : STATUS_OK;
 }
 
 const char* AStatus_getMessage(const AStatus* status) {
-    return status->message.c_str();
+    return requireStatus(status, __func__).message.c_str();
 }
 
 const char* AStatus_getDescription(const AStatus* status) {
+    requireStatus(status, __func__);
     std::string text;
     if (status->exception == EX_NONE) {
         text = "No error";

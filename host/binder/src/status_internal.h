@@ -13,4 +13,7 @@ struct AStatus {
 
 namespace binder_impl {
 const char* statusName(binder_status_t status);
+// The status behind a reader's argument. A device dereferences it, so null is a crash there:
+// here it aborts, naming the function that got it.
+const AStatus& requireStatus(const AStatus* status, const char* function);
 }  // namespace binder_impl

@@ -1,31 +1,20 @@
-// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/ITrox.aidl; keep in the
-// generated shape.
-#include <aidl/vendor/vexal/hardware/trox/BnTrox.h>
-#include <aidl/vendor/vexal/hardware/trox/BpTrox.h>
-#include <aidl/vendor/vexal/hardware/trox/ITrox.h>
+// Host copy of the NDK backend the Android build generates from
+// aidl/vendor/vexal/hardware/trox/ITrox.aidl; keep it in that shape.
+#include "aidl/vendor/vexal/hardware/trox/ITrox.h"
 
 #include <android/binder_parcel_utils.h>
-#include <android/binder_stability.h>
 #include <android/binder_to_string.h>
-
-#include <chrono>
+#include <aidl/vendor/vexal/hardware/trox/BnTrox.h>
+#include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/BpTrox.h>
+#include <aidl/vendor/vexal/hardware/trox/BpTroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
 
 namespace aidl {
 namespace vendor {
 namespace vexal {
 namespace hardware {
 namespace trox {
-
-namespace {
-constexpr transaction_code_t kGetInterfaceVersion = 0x00FFFFFF;
-constexpr transaction_code_t kGetInterfaceHash = 0x00FFFFFE;
-
-const char* messageOf(const AStatus* status) {
-    const char* message = AStatus_getMessage(status);
-    return message == nullptr ? "" : message;
-}
-}  // namespace
-
 static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
         AIBinder* _aidl_binder, transaction_code_t _aidl_code, const AParcel* _aidl_in,
         AParcel* _aidl_out) {
@@ -34,10 +23,11 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
     binder_status_t _aidl_ret_status = STATUS_UNKNOWN_TRANSACTION;
     std::shared_ptr<BnTrox> _aidl_impl =
             std::static_pointer_cast<BnTrox>(::ndk::ICInterface::asInterface(_aidl_binder));
-    if (_aidl_impl == nullptr) return STATUS_UNEXPECTED_NULL;
     switch (_aidl_code) {
-        case ITrox::TRANSACTION_reservedSlot1: {
+        case (FIRST_CALL_TRANSACTION + 0 /*reservedSlot1*/): {
             BnTrox::TransactionLog _transaction_log;
+            if (BnTrox::logFunc != nullptr) {
+            }
             auto _log_start = std::chrono::steady_clock::now();
             ::ndk::ScopedAStatus _aidl_status = _aidl_impl->reservedSlot1();
             if (BnTrox::logFunc != nullptr) {
@@ -49,7 +39,7 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
@@ -57,11 +47,15 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             break;
         }
-        case ITrox::TRANSACTION_trox_init: {
+        case (FIRST_CALL_TRANSACTION + 1 /*trox_init*/): {
             BnTrox::TransactionLog _transaction_log;
+            if (BnTrox::logFunc != nullptr) {
+            }
             auto _log_start = std::chrono::steady_clock::now();
             ::ndk::ScopedAStatus _aidl_status = _aidl_impl->trox_init();
             if (BnTrox::logFunc != nullptr) {
@@ -73,7 +67,7 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
@@ -81,14 +75,18 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxResCtlRequest: {
-            TroxRequestParcel in_request;
-            int32_t _aidl_return{};
+        case (FIRST_CALL_TRANSACTION + 2 /*troxResCtlRequest*/): {
+            ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel in_request;
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_request);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_request",
@@ -106,26 +104,30 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxResCtlRelease: {
+        case (FIRST_CALL_TRANSACTION + 3 /*troxResCtlRelease*/): {
             int32_t in_handle;
-            int32_t _aidl_return{};
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_handle);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_handle",
@@ -143,26 +145,30 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxResStateRequest: {
-            TroxRequestParcel in_request;
-            std::vector<TroxRequestData> _aidl_return;
+        case (FIRST_CALL_TRANSACTION + 4 /*troxResStateRequest*/): {
+            ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel in_request;
+            std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData> _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_request);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_request",
@@ -180,29 +186,34 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxResListeningRegister: {
-            TroxRequestParcel in_request;
-            std::shared_ptr<ITroxCallback> in_callback;
-            int32_t _aidl_return{};
+        case (FIRST_CALL_TRANSACTION + 5 /*troxResListeningRegister*/): {
+            ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel in_request;
+            std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback> in_callback;
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_request);
             if (_aidl_ret_status != STATUS_OK) break;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_callback);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_request",
@@ -222,26 +233,30 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxResListeningUnRegister: {
+        case (FIRST_CALL_TRANSACTION + 6 /*troxResListeningUnRegister*/): {
             int32_t in_handle;
-            int32_t _aidl_return{};
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_handle);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_handle",
@@ -259,26 +274,30 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxPropertyGet: {
+        case (FIRST_CALL_TRANSACTION + 7 /*troxPropertyGet*/): {
             std::string in_key;
             std::string _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_key);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_key",
@@ -295,29 +314,34 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxPropertySet: {
+        case (FIRST_CALL_TRANSACTION + 8 /*troxPropertySet*/): {
             std::string in_key;
             std::string in_value;
-            int32_t _aidl_return{};
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_key);
             if (_aidl_ret_status != STATUS_OK) break;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_value);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_key",
@@ -337,29 +361,34 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxThermalListeningRegister: {
+        case (FIRST_CALL_TRANSACTION + 9 /*troxThermalListeningRegister*/): {
             std::vector<int32_t> in_ids;
-            std::shared_ptr<ITroxCallback> in_callback;
-            int32_t _aidl_return{};
+            std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback> in_callback;
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_ids);
             if (_aidl_ret_status != STATUS_OK) break;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_callback);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_ids",
@@ -379,26 +408,30 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxThermalListeningUnregister: {
+        case (FIRST_CALL_TRANSACTION + 10 /*troxThermalListeningUnregister*/): {
             int32_t in_handle;
-            int32_t _aidl_return{};
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_handle);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_handle",
@@ -416,23 +449,27 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_reservedSlot12: {
+        case (FIRST_CALL_TRANSACTION + 11 /*reservedSlot12*/): {
             BnTrox::TransactionLog _transaction_log;
+            if (BnTrox::logFunc != nullptr) {
+            }
             auto _log_start = std::chrono::steady_clock::now();
             ::ndk::ScopedAStatus _aidl_status = _aidl_impl->reservedSlot12();
             if (BnTrox::logFunc != nullptr) {
@@ -444,7 +481,7 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
@@ -452,17 +489,22 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             break;
         }
-        case ITrox::TRANSACTION_setRelatedSysInfo: {
+        case (FIRST_CALL_TRANSACTION + 12 /*setRelatedSysInfo*/): {
             int32_t in_info;
             int32_t in_value;
-            int32_t _aidl_return{};
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_info);
             if (_aidl_ret_status != STATUS_OK) break;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_value);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_info",
@@ -482,32 +524,38 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxRuleCtl: {
+        case (FIRST_CALL_TRANSACTION + 13 /*troxRuleCtl*/): {
             int32_t in_ruleId;
             int32_t in_status;
-            std::vector<TroxRequestData> in_data;
-            int32_t _aidl_return{};
+            std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData> in_data;
+            int32_t _aidl_return;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_ruleId);
             if (_aidl_ret_status != STATUS_OK) break;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_status);
             if (_aidl_ret_status != STATUS_OK) break;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_data);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_ruleId",
@@ -529,25 +577,29 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case ITrox::TRANSACTION_troxResCtlRequestOneWay: {
-            TroxRequestParcel in_request;
+        case (FIRST_CALL_TRANSACTION + 14 /*troxResCtlRequestOneWay*/): {
+            ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel in_request;
+
             _aidl_ret_status = ::ndk::AParcel_readData(_aidl_in, &in_request);
             if (_aidl_ret_status != STATUS_OK) break;
+
             BnTrox::TransactionLog _transaction_log;
             if (BnTrox::logFunc != nullptr) {
                 _transaction_log.input_args.emplace_back("in_request",
@@ -564,7 +616,7 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
@@ -573,9 +625,12 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
             _aidl_ret_status = STATUS_OK;
             break;
         }
-        case kGetInterfaceVersion: {
-            int32_t _aidl_return{};
+        case (FIRST_CALL_TRANSACTION + 16777214 /*getInterfaceVersion*/): {
+            int32_t _aidl_return;
+
             BnTrox::TransactionLog _transaction_log;
+            if (BnTrox::logFunc != nullptr) {
+            }
             auto _log_start = std::chrono::steady_clock::now();
             ::ndk::ScopedAStatus _aidl_status = _aidl_impl->getInterfaceVersion(&_aidl_return);
             if (BnTrox::logFunc != nullptr) {
@@ -587,24 +642,29 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
-        case kGetInterfaceHash: {
+        case (FIRST_CALL_TRANSACTION + 16777213 /*getInterfaceHash*/): {
             std::string _aidl_return;
+
             BnTrox::TransactionLog _transaction_log;
+            if (BnTrox::logFunc != nullptr) {
+            }
             auto _log_start = std::chrono::steady_clock::now();
             ::ndk::ScopedAStatus _aidl_status = _aidl_impl->getInterfaceHash(&_aidl_return);
             if (BnTrox::logFunc != nullptr) {
@@ -616,19 +676,21 @@ static binder_status_t _aidl_vendor_vexal_hardware_trox_ITrox_onTransact(
                 _transaction_log.stub_address = _aidl_impl.get();
                 _transaction_log.proxy_address = nullptr;
                 _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-                _transaction_log.exception_message = messageOf(_aidl_status.get());
+                _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
                 _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
                 _transaction_log.service_specific_error_code =
                         AStatus_getServiceSpecificError(_aidl_status.get());
-                _transaction_log.output_args.emplace_back(
-                        "_aidl_return", ::android::internal::ToString(_aidl_return));
+                _transaction_log.result = ::android::internal::ToString(_aidl_return);
                 BnTrox::logFunc(_transaction_log);
             }
             _aidl_ret_status = AParcel_writeStatusHeader(_aidl_out, _aidl_status.get());
             if (_aidl_ret_status != STATUS_OK) break;
+
             if (!AStatus_isOk(_aidl_status.get())) break;
+
             _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_out, _aidl_return);
             if (_aidl_ret_status != STATUS_OK) break;
+
             break;
         }
     }
@@ -648,14 +710,22 @@ std::function<void(const BpTrox::TransactionLog&)> BpTrox::logFunc;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
-    BpTrox::TransactionLog _transaction_log;
-    auto _log_start = std::chrono::steady_clock::now();
 
+    BpTrox::TransactionLog _transaction_log;
+    if (BpTrox::logFunc != nullptr) {
+    }
+    auto _log_start = std::chrono::steady_clock::now();
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_reservedSlot1,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 0 /*reservedSlot1*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->reservedSlot1();
         goto _aidl_status_return;
@@ -666,7 +736,6 @@ std::function<void(const BpTrox::TransactionLog&)> BpTrox::logFunc;
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     if (!AStatus_isOk(_aidl_status.get())) goto _aidl_status_return;
-
 _aidl_error:
     _aidl_status.set(AStatus_fromStatus(_aidl_ret_status));
 _aidl_status_return:
@@ -679,7 +748,7 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
@@ -687,20 +756,27 @@ _aidl_status_return:
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::trox_init() {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
-    BpTrox::TransactionLog _transaction_log;
-    auto _log_start = std::chrono::steady_clock::now();
 
+    BpTrox::TransactionLog _transaction_log;
+    if (BpTrox::logFunc != nullptr) {
+    }
+    auto _log_start = std::chrono::steady_clock::now();
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_trox_init,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 1 /*trox_init*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->trox_init();
         goto _aidl_status_return;
@@ -711,7 +787,6 @@ _aidl_status_return:
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     if (!AStatus_isOk(_aidl_status.get())) goto _aidl_status_return;
-
 _aidl_error:
     _aidl_status.set(AStatus_fromStatus(_aidl_ret_status));
 _aidl_status_return:
@@ -724,7 +799,7 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
@@ -732,28 +807,34 @@ _aidl_status_return:
     }
     return _aidl_status;
 }
-
-::ndk::ScopedAStatus BpTrox::troxResCtlRequest(const TroxRequestParcel& in_request,
-                                               int32_t* _aidl_return) {
+::ndk::ScopedAStatus BpTrox::troxResCtlRequest(
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+        int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_request",
                                                  ::android::internal::ToString(in_request));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_request);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxResCtlRequest,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 2 /*troxResCtlRequest*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxResCtlRequest(in_request, _aidl_return);
         goto _aidl_status_return;
@@ -779,37 +860,41 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::troxResCtlRelease(int32_t in_handle, int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_handle",
                                                  ::android::internal::ToString(in_handle));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_handle);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxResCtlRelease,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 3 /*troxResCtlRelease*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxResCtlRelease(in_handle, _aidl_return);
         goto _aidl_status_return;
@@ -835,38 +920,43 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
-::ndk::ScopedAStatus BpTrox::troxResStateRequest(const TroxRequestParcel& in_request,
-                                                 std::vector<TroxRequestData>* _aidl_return) {
+::ndk::ScopedAStatus BpTrox::troxResStateRequest(
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+        std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_request",
                                                  ::android::internal::ToString(in_request));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_request);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxResStateRequest,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status = AIBinder_transact(asBinder().get(),
+                                         (FIRST_CALL_TRANSACTION + 4 /*troxResStateRequest*/),
+                                         _aidl_in.getR(), _aidl_out.getR(),
+                                         0
+#ifdef BINDER_STABILITY_SUPPORT
+                                                 | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxResStateRequest(in_request, _aidl_return);
         goto _aidl_status_return;
@@ -892,24 +982,24 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::troxResListeningRegister(
-        const TroxRequestParcel& in_request, const std::shared_ptr<ITroxCallback>& in_callback,
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+        const std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback>& in_callback,
         int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_request",
@@ -918,7 +1008,6 @@ _aidl_status_return:
                                                  ::android::internal::ToString(in_callback));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
@@ -928,9 +1017,14 @@ _aidl_status_return:
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_callback);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status =
-            AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxResListeningRegister,
-                              _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status = AIBinder_transact(asBinder().get(),
+                                         (FIRST_CALL_TRANSACTION + 5 /*troxResListeningRegister*/),
+                                         _aidl_in.getR(), _aidl_out.getR(),
+                                         0
+#ifdef BINDER_STABILITY_SUPPORT
+                                                 | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxResListeningRegister(in_request, in_callback,
                                                                          _aidl_return);
@@ -957,38 +1051,41 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::troxResListeningUnRegister(int32_t in_handle, int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_handle",
                                                  ::android::internal::ToString(in_handle));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_handle);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status =
-            AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxResListeningUnRegister,
-                              _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status = AIBinder_transact(
+            asBinder().get(), (FIRST_CALL_TRANSACTION + 6 /*troxResListeningUnRegister*/),
+            _aidl_in.getR(), _aidl_out.getR(),
+            0
+#ifdef BINDER_STABILITY_SUPPORT
+                    | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxResListeningUnRegister(in_handle, _aidl_return);
         goto _aidl_status_return;
@@ -1014,36 +1111,40 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::troxPropertyGet(const std::string& in_key, std::string* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_key", ::android::internal::ToString(in_key));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_key);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxPropertyGet,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 7 /*troxPropertyGet*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxPropertyGet(in_key, _aidl_return);
         goto _aidl_status_return;
@@ -1069,23 +1170,22 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::troxPropertySet(const std::string& in_key, const std::string& in_value,
                                              int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_key", ::android::internal::ToString(in_key));
@@ -1093,7 +1193,6 @@ _aidl_status_return:
                                                  ::android::internal::ToString(in_value));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
@@ -1103,8 +1202,14 @@ _aidl_status_return:
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_value);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxPropertySet,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 8 /*troxPropertySet*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxPropertySet(in_key, in_value, _aidl_return);
         goto _aidl_status_return;
@@ -1130,24 +1235,24 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::troxThermalListeningRegister(
-        const std::vector<int32_t>& in_ids, const std::shared_ptr<ITroxCallback>& in_callback,
+        const std::vector<int32_t>& in_ids,
+        const std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback>& in_callback,
         int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_ids", ::android::internal::ToString(in_ids));
@@ -1155,7 +1260,6 @@ _aidl_status_return:
                                                  ::android::internal::ToString(in_callback));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
@@ -1165,9 +1269,14 @@ _aidl_status_return:
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_callback);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status =
-            AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxThermalListeningRegister,
-                              _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status = AIBinder_transact(
+            asBinder().get(), (FIRST_CALL_TRANSACTION + 9 /*troxThermalListeningRegister*/),
+            _aidl_in.getR(), _aidl_out.getR(),
+            0
+#ifdef BINDER_STABILITY_SUPPORT
+                    | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxThermalListeningRegister(in_ids, in_callback,
                                                                              _aidl_return);
@@ -1194,39 +1303,42 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::troxThermalListeningUnregister(int32_t in_handle,
                                                             int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_handle",
                                                  ::android::internal::ToString(in_handle));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_handle);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status =
-            AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxThermalListeningUnregister,
-                              _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status = AIBinder_transact(
+            asBinder().get(), (FIRST_CALL_TRANSACTION + 10 /*troxThermalListeningUnregister*/),
+            _aidl_in.getR(), _aidl_out.getR(),
+            0
+#ifdef BINDER_STABILITY_SUPPORT
+                    | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status =
                 ITrox::getDefaultImpl()->troxThermalListeningUnregister(in_handle, _aidl_return);
@@ -1253,30 +1365,36 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::reservedSlot12() {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
-    BpTrox::TransactionLog _transaction_log;
-    auto _log_start = std::chrono::steady_clock::now();
 
+    BpTrox::TransactionLog _transaction_log;
+    if (BpTrox::logFunc != nullptr) {
+    }
+    auto _log_start = std::chrono::steady_clock::now();
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_reservedSlot12,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 11 /*reservedSlot12*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->reservedSlot12();
         goto _aidl_status_return;
@@ -1287,7 +1405,6 @@ _aidl_status_return:
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     if (!AStatus_isOk(_aidl_status.get())) goto _aidl_status_return;
-
 _aidl_error:
     _aidl_status.set(AStatus_fromStatus(_aidl_ret_status));
 _aidl_status_return:
@@ -1300,7 +1417,7 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
@@ -1308,13 +1425,13 @@ _aidl_status_return:
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::setRelatedSysInfo(int32_t in_info, int32_t in_value,
                                                int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_info", ::android::internal::ToString(in_info));
@@ -1322,7 +1439,6 @@ _aidl_status_return:
                                                  ::android::internal::ToString(in_value));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
@@ -1332,8 +1448,14 @@ _aidl_status_return:
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_value);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_setRelatedSysInfo,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 12 /*setRelatedSysInfo*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->setRelatedSysInfo(in_info, in_value, _aidl_return);
         goto _aidl_status_return;
@@ -1359,24 +1481,24 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
-::ndk::ScopedAStatus BpTrox::troxRuleCtl(int32_t in_ruleId, int32_t in_status,
-                                         const std::vector<TroxRequestData>& in_data,
-                                         int32_t* _aidl_return) {
+::ndk::ScopedAStatus BpTrox::troxRuleCtl(
+        int32_t in_ruleId, int32_t in_status,
+        const std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>& in_data,
+        int32_t* _aidl_return) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_ruleId",
@@ -1386,7 +1508,6 @@ _aidl_status_return:
         _transaction_log.input_args.emplace_back("in_data", ::android::internal::ToString(in_data));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
@@ -1399,8 +1520,14 @@ _aidl_status_return:
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_data);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxRuleCtl,
-                                         _aidl_in.getR(), _aidl_out.getR(), 0);
+    _aidl_ret_status =
+            AIBinder_transact(asBinder().get(), (FIRST_CALL_TRANSACTION + 13 /*troxRuleCtl*/),
+                              _aidl_in.getR(), _aidl_out.getR(),
+                              0
+#ifdef BINDER_STABILITY_SUPPORT
+                                      | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+            );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status =
                 ITrox::getDefaultImpl()->troxRuleCtl(in_ruleId, in_status, in_data, _aidl_return);
@@ -1427,38 +1554,42 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
-::ndk::ScopedAStatus BpTrox::troxResCtlRequestOneWay(const TroxRequestParcel& in_request) {
+::ndk::ScopedAStatus BpTrox::troxResCtlRequestOneWay(
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request) {
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
+
     BpTrox::TransactionLog _transaction_log;
     if (BpTrox::logFunc != nullptr) {
         _transaction_log.input_args.emplace_back("in_request",
                                                  ::android::internal::ToString(in_request));
     }
     auto _log_start = std::chrono::steady_clock::now();
-
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_in.get(), in_request);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status =
-            AIBinder_transact(asBinder().get(), ITrox::TRANSACTION_troxResCtlRequestOneWay,
-                              _aidl_in.getR(), _aidl_out.getR(), FLAG_ONEWAY);
+    _aidl_ret_status = AIBinder_transact(asBinder().get(),
+                                         (FIRST_CALL_TRANSACTION + 14 /*troxResCtlRequestOneWay*/),
+                                         _aidl_in.getR(), _aidl_out.getR(),
+                                         FLAG_ONEWAY
+#ifdef BINDER_STABILITY_SUPPORT
+                                                 | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->troxResCtlRequestOneWay(in_request);
         goto _aidl_status_return;
@@ -1477,7 +1608,7 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
@@ -1485,24 +1616,32 @@ _aidl_status_return:
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::getInterfaceVersion(int32_t* _aidl_return) {
-    if (_aidl_cached_version != -1) {
-        *_aidl_return = _aidl_cached_version;
-        return ::ndk::ScopedAStatus(AStatus_newOk());
-    }
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
+    if (_aidl_cached_version != -1) {
+        *_aidl_return = _aidl_cached_version;
+        _aidl_status.set(AStatus_fromStatus(_aidl_ret_status));
+        return _aidl_status;
+    }
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
-    BpTrox::TransactionLog _transaction_log;
-    auto _log_start = std::chrono::steady_clock::now();
 
+    BpTrox::TransactionLog _transaction_log;
+    if (BpTrox::logFunc != nullptr) {
+    }
+    auto _log_start = std::chrono::steady_clock::now();
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), kGetInterfaceVersion, _aidl_in.getR(),
-                                         _aidl_out.getR(), 0);
+    _aidl_ret_status = AIBinder_transact(
+            asBinder().get(), (FIRST_CALL_TRANSACTION + 16777214 /*getInterfaceVersion*/),
+            _aidl_in.getR(), _aidl_out.getR(),
+            0
+#ifdef BINDER_STABILITY_SUPPORT
+                    | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->getInterfaceVersion(_aidl_return);
         goto _aidl_status_return;
@@ -1515,8 +1654,8 @@ _aidl_status_return:
     if (!AStatus_isOk(_aidl_status.get())) goto _aidl_status_return;
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_out.get(), _aidl_return);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
-    _aidl_cached_version = *_aidl_return;
 
+    _aidl_cached_version = *_aidl_return;
 _aidl_error:
     _aidl_status.set(AStatus_fromStatus(_aidl_ret_status));
 _aidl_status_return:
@@ -1529,37 +1668,42 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
 ::ndk::ScopedAStatus BpTrox::getInterfaceHash(std::string* _aidl_return) {
-    {
-        std::lock_guard<std::mutex> _aidl_lock(_aidl_cached_hash_mutex);
-        if (_aidl_cached_hash != "-1") {
-            *_aidl_return = _aidl_cached_hash;
-            return ::ndk::ScopedAStatus(AStatus_newOk());
-        }
-    }
     binder_status_t _aidl_ret_status = STATUS_OK;
     ::ndk::ScopedAStatus _aidl_status;
+    const std::lock_guard<std::mutex> lock(_aidl_cached_hash_mutex);
+    if (_aidl_cached_hash != "-1") {
+        *_aidl_return = _aidl_cached_hash;
+        _aidl_status.set(AStatus_fromStatus(_aidl_ret_status));
+        return _aidl_status;
+    }
     ::ndk::ScopedAParcel _aidl_in;
     ::ndk::ScopedAParcel _aidl_out;
-    BpTrox::TransactionLog _transaction_log;
-    auto _log_start = std::chrono::steady_clock::now();
 
+    BpTrox::TransactionLog _transaction_log;
+    if (BpTrox::logFunc != nullptr) {
+    }
+    auto _log_start = std::chrono::steady_clock::now();
     _aidl_ret_status = AIBinder_prepareTransaction(asBinder().get(), _aidl_in.getR());
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
 
-    _aidl_ret_status = AIBinder_transact(asBinder().get(), kGetInterfaceHash, _aidl_in.getR(),
-                                         _aidl_out.getR(), 0);
+    _aidl_ret_status = AIBinder_transact(asBinder().get(),
+                                         (FIRST_CALL_TRANSACTION + 16777213 /*getInterfaceHash*/),
+                                         _aidl_in.getR(), _aidl_out.getR(),
+                                         0
+#ifdef BINDER_STABILITY_SUPPORT
+                                                 | FLAG_PRIVATE_LOCAL
+#endif  // BINDER_STABILITY_SUPPORT
+    );
     if (_aidl_ret_status == STATUS_UNKNOWN_TRANSACTION && ITrox::getDefaultImpl()) {
         _aidl_status = ITrox::getDefaultImpl()->getInterfaceHash(_aidl_return);
         goto _aidl_status_return;
@@ -1572,11 +1716,8 @@ _aidl_status_return:
     if (!AStatus_isOk(_aidl_status.get())) goto _aidl_status_return;
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_out.get(), _aidl_return);
     if (_aidl_ret_status != STATUS_OK) goto _aidl_error;
-    {
-        std::lock_guard<std::mutex> _aidl_lock(_aidl_cached_hash_mutex);
-        _aidl_cached_hash = *_aidl_return;
-    }
 
+    _aidl_cached_hash = *_aidl_return;
 _aidl_error:
     _aidl_status.set(AStatus_fromStatus(_aidl_ret_status));
 _aidl_status_return:
@@ -1589,199 +1730,193 @@ _aidl_status_return:
         _transaction_log.stub_address = nullptr;
         _transaction_log.proxy_address = static_cast<const void*>(this);
         _transaction_log.exception_code = AStatus_getExceptionCode(_aidl_status.get());
-        _transaction_log.exception_message = messageOf(_aidl_status.get());
+        _transaction_log.exception_message = AStatus_getMessage(_aidl_status.get());
         _transaction_log.transaction_error = AStatus_getStatus(_aidl_status.get());
         _transaction_log.service_specific_error_code =
                 AStatus_getServiceSpecificError(_aidl_status.get());
-        _transaction_log.output_args.emplace_back("_aidl_return",
-                                                  ::android::internal::ToString(*_aidl_return));
+        _transaction_log.result = ::android::internal::ToString(*_aidl_return);
         BpTrox::logFunc(_transaction_log);
     }
     return _aidl_status;
 }
-
+// Source for BnTrox
 BnTrox::BnTrox() {}
 BnTrox::~BnTrox() {}
 std::function<void(const BnTrox::TransactionLog&)> BnTrox::logFunc;
-
 ::ndk::SpAIBinder BnTrox::createBinder() {
     AIBinder* binder =
             AIBinder_new(_g_aidl_vendor_vexal_hardware_trox_ITrox_clazz, static_cast<void*>(this));
-    if (binder != nullptr) AIBinder_markVintfStability(binder);
+#ifdef BINDER_STABILITY_SUPPORT
+    AIBinder_markVintfStability(binder);
+#endif  // BINDER_STABILITY_SUPPORT
     return ::ndk::SpAIBinder(binder);
 }
-
 ::ndk::ScopedAStatus BnTrox::getInterfaceVersion(int32_t* _aidl_return) {
     *_aidl_return = ITrox::version;
     return ::ndk::ScopedAStatus(AStatus_newOk());
 }
-
 ::ndk::ScopedAStatus BnTrox::getInterfaceHash(std::string* _aidl_return) {
     *_aidl_return = ITrox::hash;
     return ::ndk::ScopedAStatus(AStatus_newOk());
 }
-
+// Source for ITrox
 const char* ITrox::descriptor = "vendor.vexal.hardware.trox.ITrox";
 ITrox::ITrox() {}
 ITrox::~ITrox() {}
 
 std::shared_ptr<ITrox> ITrox::fromBinder(const ::ndk::SpAIBinder& binder) {
-    if (binder.get() == nullptr) return nullptr;
-    if (!AIBinder_associateClass(binder.get(), _g_aidl_vendor_vexal_hardware_trox_ITrox_clazz))
+    if (!AIBinder_associateClass(binder.get(), _g_aidl_vendor_vexal_hardware_trox_ITrox_clazz)) {
+#if __ANDROID_API__ >= 31
+        const AIBinder_Class* originalClass = AIBinder_getClass(binder.get());
+        if (originalClass == nullptr) return nullptr;
+        if (0 == strcmp(AIBinder_Class_getDescriptor(originalClass), descriptor)) {
+            return ::ndk::SharedRefBase::make<BpTrox>(binder);
+        }
+#endif
         return nullptr;
+    }
     std::shared_ptr<::ndk::ICInterface> interface = ::ndk::ICInterface::asInterface(binder.get());
-    if (interface) return std::static_pointer_cast<ITrox>(interface);
+    if (interface) {
+        return std::static_pointer_cast<ITrox>(interface);
+    }
     return ::ndk::SharedRefBase::make<BpTrox>(binder);
 }
 
 binder_status_t ITrox::writeToParcel(AParcel* parcel, const std::shared_ptr<ITrox>& instance) {
     return AParcel_writeStrongBinder(parcel, instance ? instance->asBinder().get() : nullptr);
 }
-
 binder_status_t ITrox::readFromParcel(const AParcel* parcel, std::shared_ptr<ITrox>* instance) {
     ::ndk::SpAIBinder binder;
-    binder_status_t status = ::ndk::AParcel_readNullableStrongBinder(parcel, &binder);
+    binder_status_t status = AParcel_readStrongBinder(parcel, binder.getR());
     if (status != STATUS_OK) return status;
     *instance = ITrox::fromBinder(binder);
     return STATUS_OK;
 }
-
 bool ITrox::setDefaultImpl(const std::shared_ptr<ITrox>& impl) {
-    // One default per process, as in generated code: later callers are refused.
-    if (!ITrox::default_impl && impl) {
+    // One default implementation per process: a second one is a caller bug.
+    assert(!ITrox::default_impl);
+    if (impl) {
         ITrox::default_impl = impl;
         return true;
     }
     return false;
 }
-
 const std::shared_ptr<ITrox>& ITrox::getDefaultImpl() {
     return ITrox::default_impl;
 }
-
 std::shared_ptr<ITrox> ITrox::default_impl = nullptr;
-
 ::ndk::ScopedAStatus ITroxDefault::reservedSlot1() {
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
 ::ndk::ScopedAStatus ITroxDefault::trox_init() {
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxResCtlRequest(const TroxRequestParcel& in_request,
-                                                     int32_t* _aidl_return) {
-    (void)in_request;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxResCtlRequest(
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& /*in_request*/,
+        int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxResCtlRelease(int32_t in_handle, int32_t* _aidl_return) {
-    (void)in_handle;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxResCtlRelease(int32_t /*in_handle*/,
+                                                     int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxResStateRequest(const TroxRequestParcel& in_request,
-                                                       std::vector<TroxRequestData>* _aidl_return) {
-    (void)in_request;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxResStateRequest(
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& /*in_request*/,
+        std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
 ::ndk::ScopedAStatus ITroxDefault::troxResListeningRegister(
-        const TroxRequestParcel& in_request, const std::shared_ptr<ITroxCallback>& in_callback,
-        int32_t* _aidl_return) {
-    (void)in_request;
-    (void)in_callback;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& /*in_request*/,
+        const std::shared_ptr<
+                ::aidl::vendor::vexal::hardware::trox::ITroxCallback>& /*in_callback*/,
+        int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxResListeningUnRegister(int32_t in_handle,
-                                                              int32_t* _aidl_return) {
-    (void)in_handle;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxResListeningUnRegister(int32_t /*in_handle*/,
+                                                              int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxPropertyGet(const std::string& in_key,
-                                                   std::string* _aidl_return) {
-    (void)in_key;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxPropertyGet(const std::string& /*in_key*/,
+                                                   std::string* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxPropertySet(const std::string& in_key,
-                                                   const std::string& in_value,
-                                                   int32_t* _aidl_return) {
-    (void)in_key;
-    (void)in_value;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxPropertySet(const std::string& /*in_key*/,
+                                                   const std::string& /*in_value*/,
+                                                   int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
 ::ndk::ScopedAStatus ITroxDefault::troxThermalListeningRegister(
-        const std::vector<int32_t>& in_ids, const std::shared_ptr<ITroxCallback>& in_callback,
-        int32_t* _aidl_return) {
-    (void)in_ids;
-    (void)in_callback;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+        const std::vector<int32_t>& /*in_ids*/,
+        const std::shared_ptr<
+                ::aidl::vendor::vexal::hardware::trox::ITroxCallback>& /*in_callback*/,
+        int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxThermalListeningUnregister(int32_t in_handle,
-                                                                  int32_t* _aidl_return) {
-    (void)in_handle;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxThermalListeningUnregister(int32_t /*in_handle*/,
+                                                                  int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
 ::ndk::ScopedAStatus ITroxDefault::reservedSlot12() {
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::setRelatedSysInfo(int32_t in_info, int32_t in_value,
-                                                     int32_t* _aidl_return) {
-    (void)in_info;
-    (void)in_value;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::setRelatedSysInfo(int32_t /*in_info*/, int32_t /*in_value*/,
+                                                     int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxRuleCtl(int32_t in_ruleId, int32_t in_status,
-                                               const std::vector<TroxRequestData>& in_data,
-                                               int32_t* _aidl_return) {
-    (void)in_ruleId;
-    (void)in_status;
-    (void)in_data;
-    (void)_aidl_return;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxRuleCtl(
+        int32_t /*in_ruleId*/, int32_t /*in_status*/,
+        const std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>& /*in_data*/,
+        int32_t* /*_aidl_return*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
-::ndk::ScopedAStatus ITroxDefault::troxResCtlRequestOneWay(const TroxRequestParcel& in_request) {
-    (void)in_request;
-    return ::ndk::ScopedAStatus(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+::ndk::ScopedAStatus ITroxDefault::troxResCtlRequestOneWay(
+        const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& /*in_request*/) {
+    ::ndk::ScopedAStatus _aidl_status;
+    _aidl_status.set(AStatus_fromStatus(STATUS_UNKNOWN_TRANSACTION));
+    return _aidl_status;
 }
-
 ::ndk::ScopedAStatus ITroxDefault::getInterfaceVersion(int32_t* _aidl_return) {
     *_aidl_return = 0;
     return ::ndk::ScopedAStatus(AStatus_newOk());
 }
-
 ::ndk::ScopedAStatus ITroxDefault::getInterfaceHash(std::string* _aidl_return) {
     *_aidl_return = "";
     return ::ndk::ScopedAStatus(AStatus_newOk());
 }
-
 ::ndk::SpAIBinder ITroxDefault::asBinder() {
     return ::ndk::SpAIBinder();
 }
-
 bool ITroxDefault::isRemote() {
     return false;
 }
-
 }  // namespace trox
 }  // namespace hardware
 }  // namespace vexal

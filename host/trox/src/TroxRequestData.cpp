@@ -1,18 +1,14 @@
-// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/TroxRequestData.aidl; keep
-// in the generated shape.
-#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
+// Host copy of the NDK backend the Android build generates from
+// aidl/vendor/vexal/hardware/trox/TroxRequestData.aidl; keep it in that shape.
+#include "aidl/vendor/vexal/hardware/trox/TroxRequestData.h"
 
 #include <android/binder_parcel_utils.h>
-
-#include <cstdint>
-#include <limits>
 
 namespace aidl {
 namespace vendor {
 namespace vexal {
 namespace hardware {
 namespace trox {
-
 const char* TroxRequestData::descriptor = "vendor.vexal.hardware.trox.TroxRequestData";
 
 binder_status_t TroxRequestData::readFromParcel(const AParcel* _aidl_parcel) {
@@ -23,45 +19,41 @@ binder_status_t TroxRequestData::readFromParcel(const AParcel* _aidl_parcel) {
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (_aidl_parcelable_size < 4) return STATUS_BAD_VALUE;
-    if (_aidl_start_pos > std::numeric_limits<int32_t>::max() - _aidl_parcelable_size) {
+    if (_aidl_start_pos > INT32_MAX - _aidl_parcelable_size) return STATUS_BAD_VALUE;
+    // Host check: a size claiming more than the parcel holds is corrupt, not a newer peer.
+    if (_aidl_start_pos + _aidl_parcelable_size > AParcel_getDataSize(_aidl_parcel))
         return STATUS_BAD_VALUE;
-    }
-    // A size claiming more than the parcel holds is corrupt, not a newer peer.
-    const int32_t _aidl_end_pos = _aidl_start_pos + _aidl_parcelable_size;
-    if (_aidl_end_pos > AParcel_getDataSize(_aidl_parcel)) return STATUS_BAD_VALUE;
-
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &res_Id);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
-    _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &res_Value);
+    _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &res_Value);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
-    _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &res_Path);
+    _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &res_Path);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
-    _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &res_Extra);
+    _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &res_Extra);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos > _aidl_parcelable_size) {
+    // Host check: fields read past the declared end mean a corrupt size.
+    if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos > _aidl_parcelable_size)
         return STATUS_BAD_VALUE;
-    }
-    return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+    return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
 }
-
 binder_status_t TroxRequestData::writeToParcel(AParcel* _aidl_parcel) const {
-    binder_status_t _aidl_ret_status = STATUS_OK;
+    binder_status_t _aidl_ret_status;
     int32_t _aidl_start_pos = AParcel_getDataPosition(_aidl_parcel);
     _aidl_ret_status = AParcel_writeInt32(_aidl_parcel, 0);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
@@ -69,13 +61,13 @@ binder_status_t TroxRequestData::writeToParcel(AParcel* _aidl_parcel) const {
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, res_Id);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, res_Value);
+    _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, res_Value);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, res_Path);
+    _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, res_Path);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, res_Extra);
+    _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, res_Extra);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     int32_t _aidl_end_pos = AParcel_getDataPosition(_aidl_parcel);

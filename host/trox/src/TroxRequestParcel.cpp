@@ -1,18 +1,17 @@
-// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/TroxRequestParcel.aidl;
-// keep in the generated shape.
-#include <aidl/vendor/vexal/hardware/trox/TroxRequestParcel.h>
+// Host copy of the NDK backend the Android build generates from
+// aidl/vendor/vexal/hardware/trox/TroxRequestParcel.aidl; keep it in that shape.
+#include "aidl/vendor/vexal/hardware/trox/TroxRequestParcel.h"
 
 #include <android/binder_parcel_utils.h>
-
-#include <cstdint>
-#include <limits>
+#include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/BpTroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
 
 namespace aidl {
 namespace vendor {
 namespace vexal {
 namespace hardware {
 namespace trox {
-
 const char* TroxRequestParcel::descriptor = "vendor.vexal.hardware.trox.TroxRequestParcel";
 
 binder_status_t TroxRequestParcel::readFromParcel(const AParcel* _aidl_parcel) {
@@ -23,93 +22,89 @@ binder_status_t TroxRequestParcel::readFromParcel(const AParcel* _aidl_parcel) {
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (_aidl_parcelable_size < 4) return STATUS_BAD_VALUE;
-    if (_aidl_start_pos > std::numeric_limits<int32_t>::max() - _aidl_parcelable_size) {
+    if (_aidl_start_pos > INT32_MAX - _aidl_parcelable_size) return STATUS_BAD_VALUE;
+    // Host check: a size claiming more than the parcel holds is corrupt, not a newer peer.
+    if (_aidl_start_pos + _aidl_parcelable_size > AParcel_getDataSize(_aidl_parcel))
         return STATUS_BAD_VALUE;
-    }
-    // A size claiming more than the parcel holds is corrupt, not a newer peer.
-    const int32_t _aidl_end_pos = _aidl_start_pos + _aidl_parcelable_size;
-    if (_aidl_end_pos > AParcel_getDataSize(_aidl_parcel)) return STATUS_BAD_VALUE;
-
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &requestType);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &requestData);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &flag);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &param);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &pid);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &duration);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
-    _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &debugTags);
+    _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &debugTags);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &handle);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
     _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &callback);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
-    _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &pkg);
+    _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &pkg);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
-    _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &identity);
+    _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &identity);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos >= _aidl_parcelable_size) {
-        return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+        return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
     }
-    _aidl_ret_status = ::ndk::AParcel_readData(_aidl_parcel, &values);
+    _aidl_ret_status = ::ndk::AParcel_readNullableData(_aidl_parcel, &values);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos > _aidl_parcelable_size) {
+    // Host check: fields read past the declared end mean a corrupt size.
+    if (AParcel_getDataPosition(_aidl_parcel) - _aidl_start_pos > _aidl_parcelable_size)
         return STATUS_BAD_VALUE;
-    }
-    return AParcel_setDataPosition(_aidl_parcel, _aidl_end_pos);
+    return AParcel_setDataPosition(_aidl_parcel, _aidl_start_pos + _aidl_parcelable_size);
 }
-
 binder_status_t TroxRequestParcel::writeToParcel(AParcel* _aidl_parcel) const {
-    binder_status_t _aidl_ret_status = STATUS_OK;
+    binder_status_t _aidl_ret_status;
     int32_t _aidl_start_pos = AParcel_getDataPosition(_aidl_parcel);
     _aidl_ret_status = AParcel_writeInt32(_aidl_parcel, 0);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
@@ -132,7 +127,7 @@ binder_status_t TroxRequestParcel::writeToParcel(AParcel* _aidl_parcel) const {
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, duration);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, debugTags);
+    _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, debugTags);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, handle);
@@ -141,13 +136,13 @@ binder_status_t TroxRequestParcel::writeToParcel(AParcel* _aidl_parcel) const {
     _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, callback);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, pkg);
+    _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, pkg);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, identity);
+    _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, identity);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
-    _aidl_ret_status = ::ndk::AParcel_writeData(_aidl_parcel, values);
+    _aidl_ret_status = ::ndk::AParcel_writeNullableData(_aidl_parcel, values);
     if (_aidl_ret_status != STATUS_OK) return _aidl_ret_status;
 
     int32_t _aidl_end_pos = AParcel_getDataPosition(_aidl_parcel);

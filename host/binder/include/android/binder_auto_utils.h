@@ -3,59 +3,62 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_parcel.h>
 #include <android/binder_status.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <cstddef>
-#include <ostream>
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace ndk {
 
-// Owns one strong reference.
+namespace internal {
+// Where a device's header asserts: say why on stderr, then abort.
+[[noreturn]] inline void abortWith(const char* file, int line, const char* message) {
+    std::fprintf(stderr, "%s:%d: %s\n", file, line, message);
+    std::fflush(stderr);
+    std::abort();
+}
+}  // namespace internal
+
+// Owns one strong reference. Copying takes another; there is no move (a moved-from SpAIBinder
+// keeps its binder, as on a device).
 class SpAIBinder {
   public:
     SpAIBinder() : mBinder(nullptr) {}
-    SpAIBinder(std::nullptr_t) : SpAIBinder() {}  // NOLINT: implicit like a pointer
     // Adopts the reference the caller already owns.
     explicit SpAIBinder(AIBinder* binder) : mBinder(binder) {}
-    SpAIBinder(const SpAIBinder& other) : mBinder(other.mBinder) {
-        if (mBinder != nullptr) AIBinder_incStrong(mBinder);
-    }
-    SpAIBinder(SpAIBinder&& other) noexcept : mBinder(other.release()) {}
+    SpAIBinder(std::nullptr_t) : SpAIBinder() {}  // NOLINT: implicit like a pointer
+    SpAIBinder(const SpAIBinder& other) : mBinder(nullptr) { *this = other; }
     ~SpAIBinder() { set(nullptr); }
 
     SpAIBinder& operator=(const SpAIBinder& other) {
         if (this == &other) return *this;
-        AIBinder* binder = other.mBinder;
-        if (binder != nullptr) AIBinder_incStrong(binder);
-        set(binder);
-        return *this;
-    }
-    SpAIBinder& operator=(SpAIBinder&& other) noexcept {
-        if (this != &other) set(other.release());
+        AIBinder_incStrong(other.mBinder);
+        set(other.mBinder);
         return *this;
     }
 
-    // Takes ownership of binder and drops the previous reference.
+    // Takes ownership of binder and drops the previous reference. Another thread replacing the
+    // binder meanwhile is a data race the device's header aborts on.
     void set(AIBinder* binder) {
-        AIBinder* old = mBinder;
-        mBinder = binder;
+        AIBinder* old = *const_cast<AIBinder* volatile*>(&mBinder);
         if (old != nullptr) AIBinder_decStrong(old);
-    }
-    AIBinder* release() {
-        AIBinder* binder = mBinder;
-        mBinder = nullptr;
-        return binder;
+        if (old != *const_cast<AIBinder* volatile*>(&mBinder)) {
+            internal::abortWith(__FILE__, __LINE__, "ndk::SpAIBinder::set: race detected.");
+        }
+        mBinder = binder;
     }
     AIBinder* get() const { return mBinder; }
     AIBinder** getR() { return &mBinder; }
 
-    bool operator==(const SpAIBinder& rhs) const { return mBinder == rhs.mBinder; }
-    bool operator!=(const SpAIBinder& rhs) const { return mBinder != rhs.mBinder; }
-    bool operator<(const SpAIBinder& rhs) const { return mBinder < rhs.mBinder; }
-    bool operator<=(const SpAIBinder& rhs) const { return mBinder <= rhs.mBinder; }
-    bool operator>(const SpAIBinder& rhs) const { return mBinder > rhs.mBinder; }
-    bool operator>=(const SpAIBinder& rhs) const { return mBinder >= rhs.mBinder; }
+    bool operator!=(const SpAIBinder& rhs) const { return get() != rhs.get(); }
+    bool operator<(const SpAIBinder& rhs) const { return get() < rhs.get(); }
+    bool operator<=(const SpAIBinder& rhs) const { return get() <= rhs.get(); }
+    bool operator==(const SpAIBinder& rhs) const { return get() == rhs.get(); }
+    bool operator>(const SpAIBinder& rhs) const { return get() > rhs.get(); }
+    bool operator>=(const SpAIBinder& rhs) const { return get() >= rhs.get(); }
 
   private:
     AIBinder* mBinder;
@@ -63,32 +66,36 @@ class SpAIBinder {
 
 namespace impl {
 
-// Move-only owner of a C handle released by Destroy.
+// Move-only owner of a C handle released by Destroy (called on the default value too, which
+// every Destroy used here accepts).
 template <typename T, void (*Destroy)(T), T DEFAULT>
 class ScopedAResource {
   public:
-    explicit ScopedAResource(T a = DEFAULT) : mT(a) {}
-    ~ScopedAResource() { reset(); }
+    explicit ScopedAResource(T t = DEFAULT) : mT(t) {}
+    ~ScopedAResource() { set(DEFAULT); }
+
+    void set(T t) {
+        Destroy(mT);
+        mT = t;
+    }
+    T get() { return mT; }
+    const T get() const { return mT; }
+    [[nodiscard]] T release() {
+        T t = mT;
+        mT = DEFAULT;
+        return t;
+    }
+    T* getR() { return &mT; }
+
     ScopedAResource(const ScopedAResource&) = delete;
     ScopedAResource& operator=(const ScopedAResource&) = delete;
-    ScopedAResource(ScopedAResource&& other) noexcept : mT(other.release()) {}
+    ScopedAResource(ScopedAResource&& other) noexcept : mT(other.mT) { other.mT = DEFAULT; }
     ScopedAResource& operator=(ScopedAResource&& other) noexcept {
-        if (this != &other) set(other.release());
+        if (this != &other) {
+            set(other.mT);
+            other.mT = DEFAULT;
+        }
         return *this;
-    }
-
-    void set(T a) {
-        T old = mT;
-        mT = a;
-        if (old != DEFAULT) Destroy(old);
-    }
-    void reset() { set(DEFAULT); }
-    T get() const { return mT; }
-    T* getR() { return &mT; }
-    T release() {
-        T a = mT;
-        mT = DEFAULT;
-        return a;
     }
 
   private:
@@ -100,29 +107,26 @@ class ScopedAResource {
 class ScopedAParcel : public impl::ScopedAResource<AParcel*, AParcel_delete, nullptr> {
   public:
     explicit ScopedAParcel(AParcel* a = nullptr) : ScopedAResource(a) {}
+    ~ScopedAParcel() {}
     ScopedAParcel(ScopedAParcel&&) = default;
     ScopedAParcel& operator=(ScopedAParcel&&) = default;
 };
 
+// The getters read the held status: on an empty one (default-constructed, moved from) they abort,
+// where a device dereferences null.
 class ScopedAStatus : public impl::ScopedAResource<AStatus*, AStatus_delete, nullptr> {
   public:
     explicit ScopedAStatus(AStatus* a = nullptr) : ScopedAResource(a) {}
+    ~ScopedAStatus() {}
     ScopedAStatus(ScopedAStatus&&) = default;
     ScopedAStatus& operator=(ScopedAStatus&&) = default;
 
     bool isOk() const { return get() != nullptr && AStatus_isOk(get()); }
-    binder_exception_t getExceptionCode() const {
-        return get() == nullptr ? EX_NONE : AStatus_getExceptionCode(get());
-    }
-    binder_status_t getStatus() const {
-        return get() == nullptr ? STATUS_OK : AStatus_getStatus(get());
-    }
-    int32_t getServiceSpecificError() const {
-        return get() == nullptr ? 0 : AStatus_getServiceSpecificError(get());
-    }
-    const char* getMessage() const { return get() == nullptr ? "" : AStatus_getMessage(get()); }
+    binder_exception_t getExceptionCode() const { return AStatus_getExceptionCode(get()); }
+    int32_t getServiceSpecificError() const { return AStatus_getServiceSpecificError(get()); }
+    binder_status_t getStatus() const { return AStatus_getStatus(get()); }
+    const char* getMessage() const { return AStatus_getMessage(get()); }
     std::string getDescription() const {
-        if (get() == nullptr) return "(null status)";
         const char* description = AStatus_getDescription(get());
         std::string result(description);
         AStatus_deleteDescription(description);
@@ -149,16 +153,13 @@ class ScopedAStatus : public impl::ScopedAResource<AStatus*, AStatus_delete, nul
     }
 };
 
-inline std::ostream& operator<<(std::ostream& os, const ScopedAStatus& status) {
-    return os << status.getDescription();
-}
-
 class ScopedAIBinder_DeathRecipient
     : public impl::ScopedAResource<AIBinder_DeathRecipient*, AIBinder_DeathRecipient_delete,
                                    nullptr> {
   public:
     explicit ScopedAIBinder_DeathRecipient(AIBinder_DeathRecipient* a = nullptr)
         : ScopedAResource(a) {}
+    ~ScopedAIBinder_DeathRecipient() {}
     ScopedAIBinder_DeathRecipient(ScopedAIBinder_DeathRecipient&&) = default;
     ScopedAIBinder_DeathRecipient& operator=(ScopedAIBinder_DeathRecipient&&) = default;
 };
@@ -167,6 +168,7 @@ class ScopedAIBinder_Weak
     : public impl::ScopedAResource<AIBinder_Weak*, AIBinder_Weak_delete, nullptr> {
   public:
     explicit ScopedAIBinder_Weak(AIBinder_Weak* a = nullptr) : ScopedAResource(a) {}
+    ~ScopedAIBinder_Weak() {}
     ScopedAIBinder_Weak(ScopedAIBinder_Weak&&) = default;
     ScopedAIBinder_Weak& operator=(ScopedAIBinder_Weak&&) = default;
 
@@ -175,19 +177,27 @@ class ScopedAIBinder_Weak
 
 namespace internal {
 inline void closeWithError(int fd) {
-    if (fd >= 0) ::close(fd);
+    if (fd == -1) return;
+    if (::close(fd) != 0) std::perror("ndk::ScopedFileDescriptor: close");
 }
 }  // namespace internal
 
 class ScopedFileDescriptor : public impl::ScopedAResource<int, internal::closeWithError, -1> {
   public:
-    explicit ScopedFileDescriptor(int a = -1) : ScopedAResource(a) {}
+    ScopedFileDescriptor() : ScopedFileDescriptor(-1) {}
+    explicit ScopedFileDescriptor(int a) : ScopedAResource(a) {}
+    ~ScopedFileDescriptor() {}
     ScopedFileDescriptor(ScopedFileDescriptor&&) = default;
     ScopedFileDescriptor& operator=(ScopedFileDescriptor&&) = default;
+
     ScopedFileDescriptor dup() const { return ScopedFileDescriptor(::dup(get())); }
-    bool operator==(const ScopedFileDescriptor& rhs) const { return get() == rhs.get(); }
+
     bool operator!=(const ScopedFileDescriptor& rhs) const { return get() != rhs.get(); }
     bool operator<(const ScopedFileDescriptor& rhs) const { return get() < rhs.get(); }
+    bool operator<=(const ScopedFileDescriptor& rhs) const { return get() <= rhs.get(); }
+    bool operator==(const ScopedFileDescriptor& rhs) const { return get() == rhs.get(); }
+    bool operator>(const ScopedFileDescriptor& rhs) const { return get() > rhs.get(); }
+    bool operator>=(const ScopedFileDescriptor& rhs) const { return get() >= rhs.get(); }
 };
 
 }  // namespace ndk

@@ -21,8 +21,6 @@ enum {
 
 enum {
     FLAG_ONEWAY = 0x01,
-    FLAG_CLEAR_BUF = 0x20,
-    FLAG_PRIVATE_VENDOR = 0x10000000,
 };
 
 struct AIBinder_Class;
@@ -40,21 +38,16 @@ typedef binder_status_t (*AIBinder_Class_onTransact)(AIBinder* binder, transacti
                                                      const AParcel* in, AParcel* out);
 typedef binder_status_t (*AIBinder_onDump)(AIBinder* binder, int fd, const char** args,
                                            uint32_t numArgs);
-typedef binder_status_t (*AIBinder_handleShellCommand)(AIBinder* binder, int in, int out, int err,
-                                                       const char** argv, uint32_t argc);
 
 /* The class lives for the rest of the process. */
-AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
-                                      AIBinder_Class_onCreate onCreate,
-                                      AIBinder_Class_onDestroy onDestroy,
-                                      AIBinder_Class_onTransact onTransact);
+__attribute__((warn_unused_result)) AIBinder_Class* AIBinder_Class_define(
+        const char* interfaceDescriptor, AIBinder_Class_onCreate onCreate,
+        AIBinder_Class_onDestroy onDestroy, AIBinder_Class_onTransact onTransact);
 void AIBinder_Class_setOnDump(AIBinder_Class* clazz, AIBinder_onDump onDump);
-void AIBinder_Class_setHandleShellCommand(AIBinder_Class* clazz,
-                                          AIBinder_handleShellCommand handleShellCommand);
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz);
 
 /* Returns a local binder with one strong reference owned by the caller. */
-AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
+__attribute__((warn_unused_result)) AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
 
 bool AIBinder_isRemote(const AIBinder* binder);
 bool AIBinder_isAlive(const AIBinder* binder);
@@ -87,12 +80,12 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in);
 binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, AParcel** in,
                                   AParcel** out, binder_flags_t flags);
 
-AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
+__attribute__((warn_unused_result)) AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
 void AIBinder_Weak_delete(AIBinder_Weak* weakBinder);
-AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder);
+__attribute__((warn_unused_result)) AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder);
 AIBinder_Weak* AIBinder_Weak_clone(const AIBinder_Weak* weak);
 
-AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
+__attribute__((warn_unused_result)) AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
         AIBinder_DeathRecipient_onBinderDied onBinderDied);
 void AIBinder_DeathRecipient_setOnUnlinked(AIBinder_DeathRecipient* recipient,
                                            AIBinder_DeathRecipient_onBinderUnlinked onUnlinked);

@@ -5,66 +5,60 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <string>
-#include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace ndk {
 
-// Objects of this kind are always owned by shared_ptr, so binders created for them can keep them
-// alive and ref() can be called from inside their own methods.
+// Owned through std::shared_ptr, created by make<T>() (plain `new` does not compile). The first
+// ref() creates the owning shared_ptr; destroying an object that never had one, or one that
+// something still owns, aborts as on a device.
 class SharedRefBase {
   public:
     SharedRefBase() {}
-    SharedRefBase(const SharedRefBase&) = delete;
-    SharedRefBase& operator=(const SharedRefBase&) = delete;
-    virtual ~SharedRefBase() {}
-
-    template <class T>
-    std::shared_ptr<T> ref() {
-        return std::static_pointer_cast<T>(lockSelf());
+    virtual ~SharedRefBase() {
+        std::call_once(mFlagThis, [] {
+            internal::abortWith(__FILE__, __LINE__,
+                                "ndk::SharedRefBase: destroyed without a ref ever created (made "
+                                "on the stack or outside SharedRefBase::make?)");
+        });
+        if (ref() != nullptr) {
+            internal::abortWith(__FILE__, __LINE__,
+                                "ndk::SharedRefBase: destroyed while still owned (double "
+                                "ownership: deleted by hand, or owned by a second shared_ptr?)");
+        }
     }
 
-    template <class T>
-    std::shared_ptr<const T> ref() const {
-        return std::static_pointer_cast<const T>(lockSelf());
+    // The owning reference; the first call creates it, so it must run on a heap object.
+    std::shared_ptr<SharedRefBase> ref() {
+        std::shared_ptr<SharedRefBase> self = mThis.lock();
+        std::call_once(mFlagThis, [&] { mThis = self = std::shared_ptr<SharedRefBase>(this); });
+        return self;
+    }
+
+    template <typename CHILD>
+    std::shared_ptr<CHILD> ref() {
+        return std::static_pointer_cast<CHILD>(ref());
     }
 
     template <class T, class... Args>
     static std::shared_ptr<T> make(Args&&... args) {
         T* t = new T(std::forward<Args>(args)...);
-        std::shared_ptr<T> owner(t, [](T* p) { delete p; });
-        static_cast<SharedRefBase*>(t)->mThis = owner;
-        return owner;
+        return t->template ref<T>();
     }
 
-    // Public so that every derived destructor can free; allocation stays private to make().
     static void operator delete(void* p) { std::free(p); }
 
   private:
-    static void* operator new(size_t s) {
-        void* p = std::malloc(s);
-        if (p == nullptr) throw std::bad_alloc();
-        return p;
-    }
-    static void* operator new[](size_t) = delete;
+    // Only make() allocates: a second owner would delete the object twice.
+    static void* operator new(size_t s) { return std::malloc(s); }
 
-    std::shared_ptr<SharedRefBase> lockSelf() const {
-        std::shared_ptr<SharedRefBase> self = mThis.lock();
-        if (self == nullptr) {
-            // Either not created by make() or already being destroyed: both are caller bugs.
-            std::fprintf(stderr, "ndk::SharedRefBase::ref() on an object not owned by make()\n");
-            std::abort();
-        }
-        return self;
-    }
-
-    mutable std::weak_ptr<SharedRefBase> mThis;
+    std::once_flag mFlagThis;
+    std::weak_ptr<SharedRefBase> mThis;
 };
 
 class ICInterface : public SharedRefBase {
@@ -74,9 +68,7 @@ class ICInterface : public SharedRefBase {
 
     virtual SpAIBinder asBinder() = 0;
     virtual bool isRemote() = 0;
-    virtual binder_status_t dump(int /*fd*/, const char** /*args*/, uint32_t /*numArgs*/) {
-        return STATUS_OK;
-    }
+    virtual inline binder_status_t dump(int fd, const char** args, uint32_t numArgs);
 
     // The local object behind a binder created by one of our classes; null for proxies.
     static inline std::shared_ptr<ICInterface> asInterface(AIBinder* binder);
@@ -103,23 +95,17 @@ template <typename INTERFACE>
 class BnCInterface : public INTERFACE {
   public:
     BnCInterface() {}
-    virtual ~BnCInterface() {
-        if (mWeakBinder != nullptr) AIBinder_Weak_delete(mWeakBinder);
-    }
+    virtual ~BnCInterface() {}
 
     SpAIBinder asBinder() override final;
     bool isRemote() override final { return false; }
-
-    static std::string makeServiceName(std::string_view instance) {
-        return std::string(INTERFACE::descriptor) + "/" + std::string(instance);
-    }
 
   protected:
     virtual SpAIBinder createBinder() = 0;
 
   private:
     std::mutex mMutex;
-    AIBinder_Weak* mWeakBinder = nullptr;
+    ScopedAIBinder_Weak mWeakBinder;
 };
 
 // Remote (client side) half: a thin holder of the proxy binder.
@@ -129,12 +115,19 @@ class BpCInterface : public INTERFACE {
     explicit BpCInterface(const SpAIBinder& binder) : mBinder(binder) {}
     virtual ~BpCInterface() {}
 
-    SpAIBinder asBinder() override final { return mBinder; }
-    bool isRemote() override final { return true; }
+    SpAIBinder asBinder() override final;
+    bool isRemote() override final { return AIBinder_isRemote(mBinder.get()); }
+    binder_status_t dump(int fd, const char** args, uint32_t numArgs) override {
+        return AIBinder_dump(asBinder().get(), fd, args, numArgs);
+    }
 
   private:
     SpAIBinder mBinder;
 };
+
+binder_status_t ICInterface::dump(int /*fd*/, const char** /*args*/, uint32_t /*numArgs*/) {
+    return STATUS_OK;
+}
 
 std::shared_ptr<ICInterface> ICInterface::asInterface(AIBinder* binder) {
     return ICInterfaceData::getInterface(binder);
@@ -144,7 +137,8 @@ AIBinder_Class* ICInterface::defineClass(const char* interfaceDescriptor,
                                          AIBinder_Class_onTransact onTransact) {
     AIBinder_Class* clazz = AIBinder_Class_define(interfaceDescriptor, ICInterfaceData::onCreate,
                                                   ICInterfaceData::onDestroy, onTransact);
-    if (clazz != nullptr) AIBinder_Class_setOnDump(clazz, ICInterfaceData::onDump);
+    if (clazz == nullptr) return nullptr;
+    AIBinder_Class_setOnDump(clazz, ICInterfaceData::onDump);
     return clazz;
 }
 
@@ -157,8 +151,7 @@ std::shared_ptr<ICInterface> ICInterface::ICInterfaceData::getInterface(AIBinder
 
 void* ICInterface::ICInterfaceData::onCreate(void* args) {
     std::shared_ptr<ICInterface> interface = static_cast<ICInterface*>(args)->ref<ICInterface>();
-    ICInterfaceData* data = new ICInterfaceData{interface};
-    return static_cast<void*>(data);
+    return static_cast<void*>(new ICInterfaceData{interface});
 }
 
 void ICInterface::ICInterfaceData::onDestroy(void* userData) {
@@ -168,7 +161,7 @@ void ICInterface::ICInterfaceData::onDestroy(void* userData) {
 binder_status_t ICInterface::ICInterfaceData::onDump(AIBinder* binder, int fd, const char** args,
                                                      uint32_t numArgs) {
     std::shared_ptr<ICInterface> interface = getInterface(binder);
-    if (interface == nullptr) return STATUS_UNEXPECTED_NULL;
+    if (interface == nullptr) return STATUS_DEAD_OBJECT;
     return interface->dump(fd, args, numArgs);
 }
 
@@ -176,13 +169,46 @@ template <typename INTERFACE>
 SpAIBinder BnCInterface<INTERFACE>::asBinder() {
     std::lock_guard<std::mutex> lock(mMutex);
     SpAIBinder binder;
-    if (mWeakBinder != nullptr) binder = SpAIBinder(AIBinder_Weak_promote(mWeakBinder));
+    if (mWeakBinder.get() != nullptr) binder.set(AIBinder_Weak_promote(mWeakBinder.get()));
     if (binder.get() == nullptr) {
         binder = createBinder();
-        if (mWeakBinder != nullptr) AIBinder_Weak_delete(mWeakBinder);
-        mWeakBinder = binder.get() != nullptr ? AIBinder_Weak_new(binder.get()) : nullptr;
+        mWeakBinder.set(AIBinder_Weak_new(binder.get()));
     }
     return binder;
 }
 
+template <typename INTERFACE>
+SpAIBinder BpCInterface<INTERFACE>::asBinder() {
+    return mBinder;
+}
+
 }  // namespace ndk
+
+// std::make_shared / std::make_unique of a SharedRefBase would give it a second owner: refused at
+// compile time, as the device's header does.
+namespace ndk::internal {
+template <typename T, typename = void>
+struct is_complete_type : std::false_type {};
+template <typename T>
+struct is_complete_type<T, decltype(void(sizeof(T)))> : std::true_type {};
+}  // namespace ndk::internal
+
+namespace std {
+
+template <typename T, typename... Args,
+          std::enable_if_t<ndk::internal::is_complete_type<T>::value, bool> = true,
+          std::enable_if_t<std::is_base_of<ndk::SharedRefBase, T>::value, bool> = true>
+shared_ptr<T> make_shared(Args...) {
+    static_assert(!std::is_base_of<ndk::SharedRefBase, T>::value,
+                  "use ndk::SharedRefBase::make<T>() for ndk::SharedRefBase types");
+}
+
+template <typename T, typename... Args,
+          std::enable_if_t<ndk::internal::is_complete_type<T>::value, bool> = true,
+          std::enable_if_t<std::is_base_of<ndk::SharedRefBase, T>::value, bool> = true>
+unique_ptr<T> make_unique(Args...) {
+    static_assert(!std::is_base_of<ndk::SharedRefBase, T>::value,
+                  "use ndk::SharedRefBase::make<T>() for ndk::SharedRefBase types");
+}
+
+}  // namespace std

@@ -7,12 +7,15 @@
 extern "C" {
 #endif
 
-binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance);
+__attribute__((warn_unused_result)) binder_exception_t AServiceManager_addService(
+        AIBinder* binder, const char* instance);
 /* Returns a +1 reference, or null at once when nothing is registered under the name. */
-AIBinder* AServiceManager_checkService(const char* instance);
-AIBinder* AServiceManager_getService(const char* instance);
+__attribute__((warn_unused_result)) AIBinder* AServiceManager_checkService(const char* instance);
+/* Deprecated on devices too: it polls for seconds. */
+[[deprecated("this polls 5s, use AServiceManager_waitForService or AServiceManager_checkService")]]
+__attribute__((warn_unused_result)) AIBinder* AServiceManager_getService(const char* instance);
 /* Blocks until the name is added; null at once if it is neither declared nor added. */
-AIBinder* AServiceManager_waitForService(const char* instance);
+__attribute__((warn_unused_result)) AIBinder* AServiceManager_waitForService(const char* instance);
 bool AServiceManager_isDeclared(const char* instance);
 void AServiceManager_forEachDeclaredInstance(const char* interface, void* context,
                                              void (*callback)(const char*, void*));

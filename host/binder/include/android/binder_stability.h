@@ -6,12 +6,22 @@
 extern "C" {
 #endif
 
-/* Vendor code marks its private transactions this way. */
-enum { FLAG_PRIVATE_LOCAL = FLAG_PRIVATE_VENDOR };
+/* Private transaction flag: the call is coupled with the vendor image. */
+enum {
+    FLAG_PRIVATE_VENDOR = 0x10000000,
+};
 
-void AIBinder_markCompilationUnitStability(AIBinder* binder);
+/* The host stands in for a vendor build: what a vendor module sees, and nothing else. */
+enum {
+    FLAG_PRIVATE_LOCAL = FLAG_PRIVATE_VENDOR,
+};
+
 void AIBinder_markVendorStability(AIBinder* binder);
-void AIBinder_markSystemStability(AIBinder* binder);
+
+static inline void AIBinder_markCompilationUnitStability(AIBinder* binder) {
+    AIBinder_markVendorStability(binder);
+}
+
 void AIBinder_markVintfStability(AIBinder* binder);
 
 #ifdef __cplusplus

@@ -3,6 +3,27 @@
 #include <errno.h>
 #include <stdbool.h>
 #include <stdint.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#ifndef __BIONIC__
+// Off-device builds see the newest API level, as the device's header arranges for them.
+#ifndef __ANDROID_API__
+#define __ANDROID_API__ 10000
+#endif
+#ifndef __assert2
+// bionic's assertion hook, which generated code calls (the delegator's version check, union tag
+// checks); a device logs and aborts there, so the host must not fall back to a no-op.
+static inline __attribute__((noreturn)) void binder_host_assert2(const char* file, int line,
+                                                                 const char* function,
+                                                                 const char* message) {
+    fprintf(stderr, "%s:%d: %s: assertion \"%s\" failed\n", file, line, function, message);
+    fflush(stderr);
+    abort();
+}
+#define __assert2(file, line, function, message) binder_host_assert2(file, line, function, message)
+#endif
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -51,13 +72,18 @@ typedef int32_t binder_exception_t;
 struct AStatus;
 typedef struct AStatus AStatus;
 
-AStatus* AStatus_newOk(void);
-AStatus* AStatus_fromExceptionCode(binder_exception_t exception);
-AStatus* AStatus_fromExceptionCodeWithMessage(binder_exception_t exception, const char* message);
-AStatus* AStatus_fromServiceSpecificError(int32_t serviceSpecific);
-AStatus* AStatus_fromServiceSpecificErrorWithMessage(int32_t serviceSpecific, const char* message);
-AStatus* AStatus_fromStatus(binder_status_t status);
+__attribute__((warn_unused_result)) AStatus* AStatus_newOk(void);
+__attribute__((warn_unused_result)) AStatus* AStatus_fromExceptionCode(
+        binder_exception_t exception);
+__attribute__((warn_unused_result)) AStatus* AStatus_fromExceptionCodeWithMessage(
+        binder_exception_t exception, const char* message);
+__attribute__((warn_unused_result)) AStatus* AStatus_fromServiceSpecificError(
+        int32_t serviceSpecific);
+__attribute__((warn_unused_result)) AStatus* AStatus_fromServiceSpecificErrorWithMessage(
+        int32_t serviceSpecific, const char* message);
+__attribute__((warn_unused_result)) AStatus* AStatus_fromStatus(binder_status_t status);
 
+/* The readers below need a status: a null one aborts (a device dereferences it). */
 bool AStatus_isOk(const AStatus* status);
 binder_exception_t AStatus_getExceptionCode(const AStatus* status);
 int32_t AStatus_getServiceSpecificError(const AStatus* status);
@@ -65,7 +91,7 @@ binder_status_t AStatus_getStatus(const AStatus* status);
 /* Never null; empty when the status has no message. Owned by the status. */
 const char* AStatus_getMessage(const AStatus* status);
 /* Allocated; release with AStatus_deleteDescription. */
-const char* AStatus_getDescription(const AStatus* status);
+__attribute__((warn_unused_result)) const char* AStatus_getDescription(const AStatus* status);
 void AStatus_deleteDescription(const char* description);
 void AStatus_delete(AStatus* status);
 

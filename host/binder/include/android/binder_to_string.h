@@ -1,123 +1,114 @@
-// Text rendering used by generated toString() and transaction logs.
+// Text rendering used by generated toString() and transaction logs; the same text a device's
+// header produces for the AIDL types.
 #pragma once
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_interface_utils.h>
+#include <android/binder_parcelable_utils.h>
 
-#include <array>
-#include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace android {
 namespace internal {
 
-template <typename T>
-std::string ToString(const T& t);
+template <typename _T>
+std::string ToString(const _T& t);
 
 namespace details {
 
 template <typename T, typename = void>
-struct HasToString : std::false_type {};
+struct HasToStringMethod : std::false_type {};
 template <typename T>
-struct HasToString<T, std::void_t<decltype(std::declval<const T&>().toString())>> : std::true_type {
-};
-
-template <typename T, typename = void>
-struct Streamable : std::false_type {};
-template <typename T>
-struct Streamable<T,
-                  std::void_t<decltype(std::declval<std::ostream&>() << std::declval<const T&>())>>
+struct HasToStringMethod<T, std::void_t<decltype(std::declval<const T&>().toString())>>
     : std::true_type {};
 
+// A toString(value) found by argument-dependent lookup (generated enums have one).
+template <typename T, typename = void>
+struct HasToStringFunction : std::false_type {};
 template <typename T>
-struct IsOptional : std::false_type {};
-template <typename T>
-struct IsOptional<std::optional<T>> : std::true_type {};
+struct HasToStringFunction<T, std::void_t<decltype(toString(std::declval<const T&>()))>>
+    : std::true_type {};
 
-template <typename T>
-struct IsSharedPtr : std::false_type {};
-template <typename T>
-struct IsSharedPtr<std::shared_ptr<T>> : std::true_type {};
+template <typename T, template <typename...> class Template>
+struct IsInstantiationOf : std::false_type {};
+template <template <typename...> class Template, typename... Args>
+struct IsInstantiationOf<Template<Args...>, Template> : std::true_type {};
 
+// optional (@nullable), unique_ptr (@nullable(heap=true)), shared_ptr (interfaces).
 template <typename T>
-struct IsUniquePtr : std::false_type {};
+struct IsPointerLike : std::bool_constant<IsInstantiationOf<T, std::optional>::value ||
+                                          IsInstantiationOf<T, std::unique_ptr>::value ||
+                                          IsInstantiationOf<T, std::shared_ptr>::value> {};
+
+template <typename T, typename = void>
+struct IsIterable : std::false_type {};
 template <typename T>
-struct IsUniquePtr<std::unique_ptr<T>> : std::true_type {};
+struct IsIterable<T, std::void_t<decltype(std::begin(std::declval<const T&>())),
+                                 decltype(std::end(std::declval<const T&>()))>> : std::true_type {};
 
+// Objects with no text of their own.
 template <typename T>
-struct IsVector : std::false_type {};
-template <typename T, typename A>
-struct IsVector<std::vector<T, A>> : std::true_type {};
+struct ToEmptyString : std::bool_constant<std::is_base_of_v<::ndk::ICInterface, T>> {};
 
-template <typename T>
-struct IsStdArray : std::false_type {};
-template <typename T, size_t N>
-struct IsStdArray<std::array<T, N>> : std::true_type {};
-
-inline std::string binderText(const void* p) {
-    std::ostringstream os;
-    os << "binder:" << p;
-    return os.str();
-}
-
-template <typename Range>
-std::string rangeText(const Range& range) {
-    std::string out = "[";
-    bool first = true;
-    for (const auto& element : range) {
-        if (!first) out += ", ";
-        first = false;
-        out += ::android::internal::ToString(element);
+inline std::string Utf16UnitToUtf8(char16_t unit) {
+    std::string out;
+    const uint32_t c = unit;
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xc0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3f));
+    } else {
+        out += static_cast<char>(0xe0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3f));
+        out += static_cast<char>(0x80 | (c & 0x3f));
     }
-    return out + "]";
+    return out;
 }
 
 }  // namespace details
 
-template <typename T>
-std::string ToString(const T& t) {
-    using U = std::decay_t<T>;
-    if constexpr (std::is_same_v<U, bool>) {
+template <typename _T>
+std::string ToString(const _T& t) {
+    if constexpr (details::ToEmptyString<_T>::value) {
+        return "<unimplemented>";
+    } else if constexpr (std::is_same_v<_T, bool>) {
         return t ? "true" : "false";
-    } else if constexpr (std::is_same_v<U, char>) {
-        return std::string(1, t);
-    } else if constexpr (std::is_arithmetic_v<U>) {
+    } else if constexpr (std::is_same_v<_T, char16_t>) {
+        return details::Utf16UnitToUtf8(t);
+    } else if constexpr (std::is_arithmetic_v<_T>) {
         return std::to_string(t);
-    } else if constexpr (std::is_enum_v<U>) {
-        return std::to_string(static_cast<std::underlying_type_t<U>>(t));
-    } else if constexpr (std::is_same_v<U, std::string>) {
+    } else if constexpr (std::is_same_v<_T, std::string>) {
         return t;
-    } else if constexpr (std::is_same_v<U, std::string_view>) {
-        return std::string(t);
-    } else if constexpr (std::is_same_v<U, const char*> || std::is_same_v<U, char*>) {
-        return t == nullptr ? "(null)" : std::string(t);
-    } else if constexpr (std::is_same_v<U, ::ndk::SpAIBinder>) {
-        return t.get() == nullptr ? "(null)" : details::binderText(t.get());
-    } else if constexpr (details::IsOptional<U>::value) {
-        return t.has_value() ? ToString(*t) : "(null)";
-    } else if constexpr (details::IsSharedPtr<U>::value || details::IsUniquePtr<U>::value) {
-        using E = typename U::element_type;
-        if (t == nullptr) return "(null)";
-        if constexpr (std::is_base_of_v<::ndk::ICInterface, E>) {
-            return details::binderText(static_cast<const void*>(t.get()));
-        } else {
-            return ToString(*t);
-        }
-    } else if constexpr (details::IsVector<U>::value || details::IsStdArray<U>::value) {
-        return details::rangeText(t);
-    } else if constexpr (details::HasToString<U>::value) {
+    } else if constexpr (std::is_same_v<_T, ::ndk::SpAIBinder>) {
+        std::ostringstream out;
+        out << "binder:" << std::hex << t.get();
+        return out.str();
+    } else if constexpr (std::is_same_v<_T, ::ndk::ScopedFileDescriptor>) {
+        return "fd:" + std::to_string(t.get());
+    } else if constexpr (details::IsPointerLike<_T>::value || std::is_pointer_v<_T>) {
+        if (!t) return "(null)";
+        return ToString(*t);
+    } else if constexpr (details::HasToStringMethod<_T>::value) {
         return t.toString();
-    } else if constexpr (details::Streamable<U>::value) {
-        std::ostringstream os;
-        os << t;
-        return os.str();
+    } else if constexpr (details::HasToStringFunction<_T>::value) {
+        return toString(t);
+    } else if constexpr (details::IsIterable<_T>::value) {
+        std::string out = "[";
+        bool first = true;
+        for (const auto& element : t) {
+            if (!first) out += ", ";
+            first = false;
+            // The element type, not the iterator's: std::vector<bool> hands out proxies.
+            out += ToString<typename _T::value_type>(element);
+        }
+        return out + "]";
     } else {
         return "{no toString() implemented}";
     }

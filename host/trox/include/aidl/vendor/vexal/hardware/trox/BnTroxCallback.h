@@ -1,21 +1,23 @@
-// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/ITroxCallback.aidl; keep
-// in the generated shape.
+// Host copy of the NDK backend the Android build generates from
+// aidl/vendor/vexal/hardware/trox/ITroxCallback.aidl; keep it in that shape.
 #pragma once
 
-#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
-#include <android/binder_ibinder.h>
+#include "aidl/vendor/vexal/hardware/trox/ITroxCallback.h"
 
-#include <functional>
-#include <string>
-#include <utility>
-#include <vector>
+#include <android/binder_ibinder.h>
+#include <cassert>
+
+#ifndef __BIONIC__
+#ifndef __assert2
+#define __assert2(a, b, c, d) ((void)0)
+#endif
+#endif
 
 namespace aidl {
 namespace vendor {
 namespace vexal {
 namespace hardware {
 namespace trox {
-
 class BnTroxCallback : public ::ndk::BnCInterface<ITroxCallback> {
   public:
     BnTroxCallback();
@@ -26,19 +28,47 @@ class BnTroxCallback : public ::ndk::BnCInterface<ITroxCallback> {
         double duration_ms;
         std::string interface_name;
         std::string method_name;
-        const void* stub_address;
         const void* proxy_address;
-        int32_t exception_code;
-        std::string exception_message;
-        int32_t transaction_error;
-        int32_t service_specific_error_code;
+        const void* stub_address;
         std::vector<std::pair<std::string, std::string>> input_args;
         std::vector<std::pair<std::string, std::string>> output_args;
+        std::string result;
+        std::string exception_message;
+        int32_t exception_code;
+        int32_t transaction_error;
+        int32_t service_specific_error_code;
     };
     static std::function<void(const TransactionLog&)> logFunc;
 
   protected:
     ::ndk::SpAIBinder createBinder() override;
+
+  private:
+};
+class ITroxCallbackDelegator : public BnTroxCallback {
+  public:
+    explicit ITroxCallbackDelegator(const std::shared_ptr<ITroxCallback>& impl) : _impl(impl) {
+        int32_t _impl_ver = 0;
+        if (!impl->getInterfaceVersion(&_impl_ver).isOk()) {
+            ;
+            __assert2(__FILE__, __LINE__, __PRETTY_FUNCTION__,
+                      "Delegator failed to get version of the implementation.");
+        }
+        if (_impl_ver != ITroxCallback::version) {
+            __assert2(__FILE__, __LINE__, __PRETTY_FUNCTION__,
+                      "Mismatched versions of delegator and implementation is not allowed.");
+        }
+    }
+
+    ::ndk::ScopedAStatus onCallback(
+            const std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>& in_data)
+            override {
+        return _impl->onCallback(in_data);
+    }
+
+  protected:
+  private:
+    std::shared_ptr<ITroxCallback> _impl;
 };
 
 }  // namespace trox

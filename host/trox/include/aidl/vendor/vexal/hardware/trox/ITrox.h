@@ -1,35 +1,43 @@
-// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/ITrox.aidl; keep in the
-// generated shape.
+// Host copy of the NDK backend the Android build generates from
+// aidl/vendor/vexal/hardware/trox/ITrox.aidl; keep it in that shape.
 #pragma once
 
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+#include <android/binder_interface_utils.h>
 #include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
 #include <aidl/vendor/vexal/hardware/trox/TroxRequestParcel.h>
-#include <android/binder_ibinder.h>
-#include <android/binder_interface_utils.h>
-#include <android/binder_parcel_utils.h>
+#ifdef BINDER_STABILITY_SUPPORT
 #include <android/binder_stability.h>
-#include <android/binder_to_string.h>
+#endif  // BINDER_STABILITY_SUPPORT
 
-#include <cstdint>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
-
+namespace aidl::vendor::vexal::hardware::trox {
+class ITroxCallback;
+class TroxRequestData;
+class TroxRequestParcel;
+}  // namespace aidl::vendor::vexal::hardware::trox
 namespace aidl {
 namespace vendor {
 namespace vexal {
 namespace hardware {
 namespace trox {
+class ITroxDelegator;
 
 class ITrox : public ::ndk::ICInterface {
   public:
+    typedef ITroxDelegator DefaultDelegator;
     static const char* descriptor;
     ITrox();
     virtual ~ITrox();
 
-    static inline const int32_t version = 1;
+    static const int32_t version = 1;
     static inline const std::string hash = "d3f096dba0346c89ec4bd5ba6d3668a13f845826";
     static constexpr uint32_t TRANSACTION_reservedSlot1 = FIRST_CALL_TRANSACTION + 0;
     static constexpr uint32_t TRANSACTION_trox_init = FIRST_CALL_TRANSACTION + 1;
@@ -53,16 +61,19 @@ class ITrox : public ::ndk::ICInterface {
     static binder_status_t readFromParcel(const AParcel* parcel, std::shared_ptr<ITrox>* instance);
     static bool setDefaultImpl(const std::shared_ptr<ITrox>& impl);
     static const std::shared_ptr<ITrox>& getDefaultImpl();
-
     virtual ::ndk::ScopedAStatus reservedSlot1() = 0;
     virtual ::ndk::ScopedAStatus trox_init() = 0;
-    virtual ::ndk::ScopedAStatus troxResCtlRequest(const TroxRequestParcel& in_request,
-                                                   int32_t* _aidl_return) = 0;
+    virtual ::ndk::ScopedAStatus troxResCtlRequest(
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+            int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus troxResCtlRelease(int32_t in_handle, int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus troxResStateRequest(
-            const TroxRequestParcel& in_request, std::vector<TroxRequestData>* _aidl_return) = 0;
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+            std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus troxResListeningRegister(
-            const TroxRequestParcel& in_request, const std::shared_ptr<ITroxCallback>& in_callback,
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+            const std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback>&
+                    in_callback,
             int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus troxResListeningUnRegister(int32_t in_handle,
                                                             int32_t* _aidl_return) = 0;
@@ -72,36 +83,44 @@ class ITrox : public ::ndk::ICInterface {
                                                  const std::string& in_value,
                                                  int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus troxThermalListeningRegister(
-            const std::vector<int32_t>& in_ids, const std::shared_ptr<ITroxCallback>& in_callback,
+            const std::vector<int32_t>& in_ids,
+            const std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback>&
+                    in_callback,
             int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus troxThermalListeningUnregister(int32_t in_handle,
                                                                 int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus reservedSlot12() = 0;
     virtual ::ndk::ScopedAStatus setRelatedSysInfo(int32_t in_info, int32_t in_value,
                                                    int32_t* _aidl_return) = 0;
-    virtual ::ndk::ScopedAStatus troxRuleCtl(int32_t in_ruleId, int32_t in_status,
-                                             const std::vector<TroxRequestData>& in_data,
-                                             int32_t* _aidl_return) = 0;
-    virtual ::ndk::ScopedAStatus troxResCtlRequestOneWay(const TroxRequestParcel& in_request) = 0;
+    virtual ::ndk::ScopedAStatus troxRuleCtl(
+            int32_t in_ruleId, int32_t in_status,
+            const std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>& in_data,
+            int32_t* _aidl_return) = 0;
+    virtual ::ndk::ScopedAStatus troxResCtlRequestOneWay(
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request) = 0;
     virtual ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) = 0;
 
   private:
     static std::shared_ptr<ITrox> default_impl;
 };
-
 class ITroxDefault : public ITrox {
   public:
     ::ndk::ScopedAStatus reservedSlot1() override;
     ::ndk::ScopedAStatus trox_init() override;
-    ::ndk::ScopedAStatus troxResCtlRequest(const TroxRequestParcel& in_request,
-                                           int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus troxResCtlRequest(
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+            int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus troxResCtlRelease(int32_t in_handle, int32_t* _aidl_return) override;
-    ::ndk::ScopedAStatus troxResStateRequest(const TroxRequestParcel& in_request,
-                                             std::vector<TroxRequestData>* _aidl_return) override;
-    ::ndk::ScopedAStatus troxResListeningRegister(const TroxRequestParcel& in_request,
-                                                  const std::shared_ptr<ITroxCallback>& in_callback,
-                                                  int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus troxResStateRequest(
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+            std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>* _aidl_return)
+            override;
+    ::ndk::ScopedAStatus troxResListeningRegister(
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request,
+            const std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback>&
+                    in_callback,
+            int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus troxResListeningUnRegister(int32_t in_handle,
                                                     int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus troxPropertyGet(const std::string& in_key,
@@ -109,23 +128,26 @@ class ITroxDefault : public ITrox {
     ::ndk::ScopedAStatus troxPropertySet(const std::string& in_key, const std::string& in_value,
                                          int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus troxThermalListeningRegister(
-            const std::vector<int32_t>& in_ids, const std::shared_ptr<ITroxCallback>& in_callback,
+            const std::vector<int32_t>& in_ids,
+            const std::shared_ptr<::aidl::vendor::vexal::hardware::trox::ITroxCallback>&
+                    in_callback,
             int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus troxThermalListeningUnregister(int32_t in_handle,
                                                         int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus reservedSlot12() override;
     ::ndk::ScopedAStatus setRelatedSysInfo(int32_t in_info, int32_t in_value,
                                            int32_t* _aidl_return) override;
-    ::ndk::ScopedAStatus troxRuleCtl(int32_t in_ruleId, int32_t in_status,
-                                     const std::vector<TroxRequestData>& in_data,
-                                     int32_t* _aidl_return) override;
-    ::ndk::ScopedAStatus troxResCtlRequestOneWay(const TroxRequestParcel& in_request) override;
+    ::ndk::ScopedAStatus troxRuleCtl(
+            int32_t in_ruleId, int32_t in_status,
+            const std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>& in_data,
+            int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus troxResCtlRequestOneWay(
+            const ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel& in_request) override;
     ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) override;
     ::ndk::SpAIBinder asBinder() override;
     bool isRemote() override;
 };
-
 }  // namespace trox
 }  // namespace hardware
 }  // namespace vexal

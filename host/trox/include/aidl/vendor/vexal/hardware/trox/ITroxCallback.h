@@ -1,33 +1,39 @@
-// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/ITroxCallback.aidl; keep
-// in the generated shape.
+// Host copy of the NDK backend the Android build generates from
+// aidl/vendor/vexal/hardware/trox/ITroxCallback.aidl; keep it in that shape.
 #pragma once
 
-#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
-#include <android/binder_ibinder.h>
-#include <android/binder_interface_utils.h>
-#include <android/binder_parcel_utils.h>
-#include <android/binder_stability.h>
-#include <android/binder_to_string.h>
-
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
+#include <android/binder_interface_utils.h>
+#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
+#ifdef BINDER_STABILITY_SUPPORT
+#include <android/binder_stability.h>
+#endif  // BINDER_STABILITY_SUPPORT
 
+namespace aidl::vendor::vexal::hardware::trox {
+class TroxRequestData;
+}  // namespace aidl::vendor::vexal::hardware::trox
 namespace aidl {
 namespace vendor {
 namespace vexal {
 namespace hardware {
 namespace trox {
+class ITroxCallbackDelegator;
 
 class ITroxCallback : public ::ndk::ICInterface {
   public:
+    typedef ITroxCallbackDelegator DefaultDelegator;
     static const char* descriptor;
     ITroxCallback();
     virtual ~ITroxCallback();
 
-    static inline const int32_t version = 1;
+    static const int32_t version = 1;
     static inline const std::string hash = "d3f096dba0346c89ec4bd5ba6d3668a13f845826";
     static constexpr uint32_t TRANSACTION_onCallback = FIRST_CALL_TRANSACTION + 0;
 
@@ -38,24 +44,24 @@ class ITroxCallback : public ::ndk::ICInterface {
                                           std::shared_ptr<ITroxCallback>* instance);
     static bool setDefaultImpl(const std::shared_ptr<ITroxCallback>& impl);
     static const std::shared_ptr<ITroxCallback>& getDefaultImpl();
-
-    virtual ::ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>& in_data) = 0;
+    virtual ::ndk::ScopedAStatus onCallback(
+            const std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>& in_data) = 0;
     virtual ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) = 0;
     virtual ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) = 0;
 
   private:
     static std::shared_ptr<ITroxCallback> default_impl;
 };
-
 class ITroxCallbackDefault : public ITroxCallback {
   public:
-    ::ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>& in_data) override;
+    ::ndk::ScopedAStatus onCallback(
+            const std::vector<::aidl::vendor::vexal::hardware::trox::TroxRequestData>& in_data)
+            override;
     ::ndk::ScopedAStatus getInterfaceVersion(int32_t* _aidl_return) override;
     ::ndk::ScopedAStatus getInterfaceHash(std::string* _aidl_return) override;
     ::ndk::SpAIBinder asBinder() override;
     bool isRemote() override;
 };
-
 }  // namespace trox
 }  // namespace hardware
 }  // namespace vexal

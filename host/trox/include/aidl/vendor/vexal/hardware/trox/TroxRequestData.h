@@ -1,27 +1,24 @@
-// Host copy of the NDK backend generated from vendor/vexal/hardware/trox/TroxRequestData.aidl; keep
-// in the generated shape.
+// Host copy of the NDK backend the Android build generates from
+// aidl/vendor/vexal/hardware/trox/TroxRequestData.aidl; keep it in that shape.
 #pragma once
-
-#include <android/binder_interface_utils.h>
-#include <android/binder_parcel.h>
-#include <android/binder_parcel_utils.h>
-#include <android/binder_to_string.h>
 
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
-#include <tuple>
-#include <type_traits>
 #include <vector>
+#include <android/binder_interface_utils.h>
+#include <android/binder_parcelable_utils.h>
+#include <android/binder_to_string.h>
+#ifdef BINDER_STABILITY_SUPPORT
+#include <android/binder_stability.h>
+#endif  // BINDER_STABILITY_SUPPORT
 
 namespace aidl {
 namespace vendor {
 namespace vexal {
 namespace hardware {
 namespace trox {
-
 class TroxRequestData {
   public:
     typedef std::false_type fixed_size;
@@ -32,33 +29,21 @@ class TroxRequestData {
     std::optional<std::string> res_Path;
     std::optional<std::string> res_Extra;
 
-    binder_status_t readFromParcel(const AParcel* _aidl_parcel);
-    binder_status_t writeToParcel(AParcel* _aidl_parcel) const;
+    binder_status_t readFromParcel(const AParcel* parcel);
+    binder_status_t writeToParcel(AParcel* parcel) const;
 
-    inline bool operator!=(const TroxRequestData& _rhs) const {
-        return std::tie(res_Id, res_Value, res_Path, res_Extra) !=
+    inline bool operator==(const TroxRequestData& _rhs) const {
+        return std::tie(res_Id, res_Value, res_Path, res_Extra) ==
                std::tie(_rhs.res_Id, _rhs.res_Value, _rhs.res_Path, _rhs.res_Extra);
     }
     inline bool operator<(const TroxRequestData& _rhs) const {
         return std::tie(res_Id, res_Value, res_Path, res_Extra) <
                std::tie(_rhs.res_Id, _rhs.res_Value, _rhs.res_Path, _rhs.res_Extra);
     }
-    inline bool operator<=(const TroxRequestData& _rhs) const {
-        return std::tie(res_Id, res_Value, res_Path, res_Extra) <=
-               std::tie(_rhs.res_Id, _rhs.res_Value, _rhs.res_Path, _rhs.res_Extra);
-    }
-    inline bool operator==(const TroxRequestData& _rhs) const {
-        return std::tie(res_Id, res_Value, res_Path, res_Extra) ==
-               std::tie(_rhs.res_Id, _rhs.res_Value, _rhs.res_Path, _rhs.res_Extra);
-    }
-    inline bool operator>(const TroxRequestData& _rhs) const {
-        return std::tie(res_Id, res_Value, res_Path, res_Extra) >
-               std::tie(_rhs.res_Id, _rhs.res_Value, _rhs.res_Path, _rhs.res_Extra);
-    }
-    inline bool operator>=(const TroxRequestData& _rhs) const {
-        return std::tie(res_Id, res_Value, res_Path, res_Extra) >=
-               std::tie(_rhs.res_Id, _rhs.res_Value, _rhs.res_Path, _rhs.res_Extra);
-    }
+    inline bool operator!=(const TroxRequestData& _rhs) const { return !(*this == _rhs); }
+    inline bool operator>(const TroxRequestData& _rhs) const { return _rhs < *this; }
+    inline bool operator>=(const TroxRequestData& _rhs) const { return !(*this < _rhs); }
+    inline bool operator<=(const TroxRequestData& _rhs) const { return !(_rhs < *this); }
 
     static const ::ndk::parcelable_stability_t _aidl_stability = ::ndk::STABILITY_VINTF;
     inline std::string toString() const {
@@ -72,7 +57,6 @@ class TroxRequestData {
         return _aidl_os.str();
     }
 };
-
 }  // namespace trox
 }  // namespace hardware
 }  // namespace vexal

@@ -1,0 +1,111 @@
+// Where a device aborts (misused SharedRefBase, empty ScopedAStatus, delegator over another
+// version), the host aborts too and says why.
+#include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
+#include <android/binder_auto_utils.h>
+#include <android/binder_interface_utils.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+using aidl::vendor::vexal::hardware::trox::BnTroxCallback;
+using aidl::vendor::vexal::hardware::trox::ITroxCallback;
+using aidl::vendor::vexal::hardware::trox::ITroxCallbackDefault;
+using aidl::vendor::vexal::hardware::trox::TroxRequestData;
+
+namespace {
+
+class Counted : public ndk::SharedRefBase {};
+
+class Callback : public BnTroxCallback {
+  public:
+    ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>& data) override {
+        calls += static_cast<int>(data.size());
+        return ndk::ScopedAStatus::ok();
+    }
+    int calls = 0;
+};
+
+struct DeathCase {
+    const char* name;
+    std::function<void()> misuse;
+    const char* message;  // a regular expression for what is printed before the abort
+};
+
+class DeviceAborts : public testing::TestWithParam<DeathCase> {};
+
+TEST_P(DeviceAborts, HostAbortsSayingWhy) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(GetParam().misuse(), GetParam().message);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        Contracts, DeviceAborts,
+        testing::Values(
+                DeathCase{"SharedRefBaseWithoutRef", [] { Counted onStack; },
+                          "destroyed without a ref ever created"},
+                DeathCase{"SharedRefBaseDeletedWhileOwned",
+                          [] {
+                              std::shared_ptr<Counted> owner = ndk::SharedRefBase::make<Counted>();
+                              delete owner.get();
+                          },
+                          "destroyed while still owned"},
+                DeathCase{"EmptyStatusExceptionCode",
+                          [] { (void)ndk::ScopedAStatus().getExceptionCode(); },
+                          "AStatus_getExceptionCode: null AStatus"},
+                DeathCase{"EmptyStatusTransportStatus",
+                          [] { (void)ndk::ScopedAStatus().getStatus(); },
+                          "AStatus_getStatus: null AStatus"},
+                DeathCase{"EmptyStatusServiceError",
+                          [] { (void)ndk::ScopedAStatus().getServiceSpecificError(); },
+                          "AStatus_getServiceSpecificError: null AStatus"},
+                DeathCase{"EmptyStatusMessage", [] { (void)ndk::ScopedAStatus().getMessage(); },
+                          "AStatus_getMessage: null AStatus"},
+                DeathCase{"MovedFromStatusDescription",
+                          [] {
+                              ndk::ScopedAStatus status = ndk::ScopedAStatus::ok();
+                              ndk::ScopedAStatus taken = std::move(status);
+                              (void)status.getDescription();  // NOLINT: use after move on purpose
+                          },
+                          "AStatus_getDescription: null AStatus"},
+                DeathCase{"ServiceAnswersWithEmptyStatus",
+                          [] {
+                              // What generated code does with a method's empty return value.
+                              ndk::ScopedAParcel reply(AParcel_create());
+                              ndk::ScopedAStatus returned;
+                              (void)AParcel_writeStatusHeader(reply.get(), returned.get());
+                          },
+                          "AParcel_writeStatusHeader: null AStatus"},
+                DeathCase{"DelegatorOverAnotherVersion",
+                          [] {
+                              // The default implementation reports version 0, not 1.
+                              ndk::SharedRefBase::make<ITroxCallback::DefaultDelegator>(
+                                      ndk::SharedRefBase::make<ITroxCallbackDefault>());
+                          },
+                          "Mismatched versions of delegator and implementation"}),
+        [](const testing::TestParamInfo<DeathCase>& info) { return info.param.name; });
+
+TEST(Delegator, SameVersionForwardsCalls) {
+    auto impl = ndk::SharedRefBase::make<Callback>();
+    auto delegator = ndk::SharedRefBase::make<ITroxCallback::DefaultDelegator>(impl);
+    ASSERT_TRUE(delegator->onCallback({TroxRequestData(), TroxRequestData()}).isOk());
+    EXPECT_EQ(impl->calls, 2);
+    int32_t version = 0;
+    ASSERT_TRUE(delegator->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(version, 1);
+}
+
+// No move: a moved-from SpAIBinder still holds its binder, as on a device, and each copy owns a
+// reference of its own.
+TEST(SpAIBinder, MoveCopies) {
+    auto impl = ndk::SharedRefBase::make<Callback>();
+    ndk::SpAIBinder first = impl->asBinder();
+    const int32_t before = AIBinder_debugGetRefCount(first.get());
+    ndk::SpAIBinder second = std::move(first);
+    EXPECT_EQ(first.get(), second.get());  // NOLINT: reading the moved-from object on purpose
+    EXPECT_EQ(AIBinder_debugGetRefCount(second.get()), before + 1);
+}
+
+}  // namespace
