@@ -14,6 +14,14 @@ namespace {
 using namespace std::chrono_literals;
 using link::CallResult;
 
+// Whether a reader still gets a shared_timed_mutex while a writer waits for it, which the standard
+// leaves open: glibc's rwlock under libstdc++ lets it in, libc++ holds it back behind the writer.
+#if defined(_LIBCPP_VERSION)
+constexpr bool kReadersPassAWaitingWriter = false;
+#else
+constexpr bool kReadersPassAWaitingWriter = true;
+#endif
+
 TEST_F(LinkTest, TroxConnectsOnFirstCallAndKeepsTheConnection) {
     FakeTroxService service;
     ASSERT_EQ(troxInit(), CallResult::kOk);
@@ -52,7 +60,8 @@ TEST_F(LinkTest, TwoThreadsFindingTroxEmptyConnectOnceAndTheOtherLogsDeclared) {
     std::future<CallResult> first, second;
     {
         // A reader holding the lock lets both callers pass the empty check and queue for the
-        // exclusive hold, which is the window the re-check exists for.
+        // exclusive hold, which is the window the re-check exists for, where the lock admits
+        // readers past a waiting writer.
         std::shared_lock<std::shared_timed_mutex> hold(link::troxHalConnection().mutex);
         first = std::async(std::launch::async, troxInit);
         second = std::async(std::launch::async, troxInit);
@@ -61,9 +70,15 @@ TEST_F(LinkTest, TwoThreadsFindingTroxEmptyConnectOnceAndTheOtherLogsDeclared) {
     ASSERT_EQ(first.get(), CallResult::kOk);
     ASSERT_EQ(second.get(), CallResult::kOk);
 
-    EXPECT_EQ(logs.linesWithTag(kTroxTag),
-              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag,
-                                     "Trox is not declared, AServiceManager_isDeclared:1"}}));
+    const std::vector<LogLine> lostRace{
+        {ANDROID_LOG_ERROR, kTroxTag, "Trox is not declared, AServiceManager_isDeclared:1"}};
+    const auto lines = logs.linesWithTag(kTroxTag);
+    if (kReadersPassAWaitingWriter) {
+        EXPECT_EQ(lines, lostRace);
+    } else {
+        // The first caller's queued exclusive hold usually keeps the second from the empty check.
+        EXPECT_TRUE(lines.empty() || lines == lostRace) << ::testing::PrintToString(lines);
+    }
     EXPECT_EQ(service.fake().callCount(), 2u);
 }
 
