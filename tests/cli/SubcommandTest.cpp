@@ -119,8 +119,9 @@ TEST(PymctlSubcommand, ScenarioStartsAndReleases) {
 }
 
 TEST(PymctlSubcommand, ListenPrintsTheChangeOfAnExpiringRequest) {
-    Outcome r = ok({"acquire", "--action", "ACTION_LAUNCH", "--duration", "50", "+", "listen",
-                    "0x01010020", "--timeout", "400"});
+    // The request must outlive the start of listening, even under an emulator on a busy machine.
+    Outcome r = ok({"acquire", "--action", "ACTION_LAUNCH", "--duration", "400", "+", "listen",
+                    "0x01010020", "--timeout", "1500"});
     EXPECT_THAT(r.out, HasSubstr("listening on 1 resource(s), handle 2"));
     EXPECT_THAT(r.out, HasSubstr("change: 0x01010020 cpu.cluster1.min_freq = 710400"));
     EXPECT_THAT(r.out, HasSubstr("1 change batch(es) seen"));

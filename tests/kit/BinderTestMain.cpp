@@ -7,8 +7,6 @@
 
 int main(int argc, char** argv) {
     ::testing::InitGoogleMock(&argc, argv);
-    // Death tests fork; a forked copy of a process with binder threads has none of them.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     ABinderProcess_startThreadPool();
     return RUN_ALL_TESTS();
 }
