@@ -67,6 +67,15 @@ std::vector<PymClient::Resource> parseResourcePairs(const std::vector<std::strin
     return out;
 }
 
+std::vector<PymClient::Resource> parseResourceSettings(const std::vector<std::string>& words) {
+    std::vector<PymClient::Resource> out = parseResourcePairs(words);
+    for (size_t i = 0; i < out.size(); ++i) {
+        const std::string id = words[i].substr(0, words[i].find('='));
+        parseInteger(*out[i].value, "value of resource " + id, INT64_MIN, INT64_MAX);
+    }
+    return out;
+}
+
 std::optional<std::string> ParsedArgs::get(const std::string& name) const {
     auto it = options.find(name);
     if (it == options.end()) return std::nullopt;

@@ -34,6 +34,8 @@ int32_t parseResourceId(const std::string& text, const std::string& what = "reso
 // "ID=VALUE" with a non-empty value.
 PymClient::Resource parseResourcePair(const std::string& text);
 std::vector<PymClient::Resource> parseResourcePairs(const std::vector<std::string>& words);
+// As above, for settings the service applies: each value a whole number.
+std::vector<PymClient::Resource> parseResourceSettings(const std::vector<std::string>& words);
 
 struct OptionDef {
     std::string name;  // with the leading dashes

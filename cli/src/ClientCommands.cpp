@@ -34,7 +34,7 @@ int runResCtl(const std::vector<std::string>& args, Context& ctx) {
         return 0;
     }
     expectPositionals(a, 1, SIZE_MAX, usage);
-    const auto pairs = parseResourcePairs(a.positionals);
+    const auto pairs = parseResourceSettings(a.positionals);
     troxHalclient::ResourceList list(pairs.begin(), pairs.end());
     const int handle = parseInt32(a.get("--handle").value_or("-1"), "handle");
     const int duration = parseInt32(a.get("--duration").value_or("0"), "duration", 0);

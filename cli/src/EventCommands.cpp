@@ -53,7 +53,7 @@ AcquireRequest readAcquire(const ParsedArgs& a, bool allowAction, const std::str
     }
     expectPositionals(a, 1, SIZE_MAX, usage);
     r.cmdid = parseInt32(a.positionals[0], "command id");
-    r.resources = parseResourcePairs({a.positionals.begin() + 1, a.positionals.end()});
+    r.resources = parseResourceSettings({a.positionals.begin() + 1, a.positionals.end()});
     return r;
 }
 

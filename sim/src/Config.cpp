@@ -1,5 +1,7 @@
 #include "trox_sim/Config.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -113,7 +115,7 @@ Config parseConfig(const std::string& jsonText) {
     if (!root.is_object()) throw ConfigError("the configuration must be a JSON object");
     static const std::set<std::string> known = {
             "resources", "actions", "scenarios",         "rules",   "properties", "power_modes",
-            "features",  "dataset", "power_consistency", "history", "device"};
+            "features",  "dataset", "power_consistency", "history", "device",     "limits"};
     for (const auto& [k, v] : root.items()) {
         if (known.count(k) == 0) fail(k, "unknown section");
     }
@@ -215,17 +217,43 @@ Config parseConfig(const std::string& jsonText) {
             config.historyEnabled = (*it)["enabled"].get<bool>();
         }
     }
+    if (auto it = root.find("limits"); it != root.end()) {
+        if (!it->is_object()) fail("limits", "expected an object");
+        for (const auto& [k, v] : it->items()) {
+            const std::string at = "limits." + k;
+            const int64_t n = toInt64(v, at);
+            if (k == "max_requests") {
+                if (n < 1 || n > 1000000) fail(at, "must be 1 to 1000000");
+                config.maxRequests = static_cast<size_t>(n);
+            } else if (k == "max_text") {
+                if (n < 16 || n > 65536) fail(at, "must be 16 to 65536");
+                config.maxText = static_cast<size_t>(n);
+            } else {
+                fail(at, "unknown limit");
+            }
+        }
+    }
     return config;
 }
 
-Config loadConfigFile(const std::string& path) {
+Config loadConfigFile(const std::string& path, size_t maxBytes) {
     std::ifstream in(path, std::ios::binary);
     if (!in) throw ConfigError("cannot read " + path);
-    std::ostringstream text;
-    text << in.rdbuf();
-    if (in.bad()) throw ConfigError("cannot read " + path);
+    // Bounded, so that a device file or a huge file is refused rather than read to the end.
+    std::string text(maxBytes + 1, '\0');
+    errno = 0;
+    in.read(&text[0], static_cast<std::streamsize>(text.size()));
+    if (in.bad()) {
+        throw ConfigError(path + ": cannot read" +
+                          (errno != 0 ? std::string(": ") + std::strerror(errno) : ""));
+    }
+    if (static_cast<size_t>(in.gcount()) > maxBytes) {
+        throw ConfigError(path + ": larger than the limit of " + std::to_string(maxBytes) +
+                          " bytes");
+    }
+    text.resize(static_cast<size_t>(in.gcount()));
     try {
-        return parseConfig(text.str());
+        return parseConfig(text);
     } catch (const ConfigError& e) {
         throw ConfigError(path + ": " + e.what());
     }

@@ -2,9 +2,11 @@
 
 #include <android/binder_ibinder.h>
 #include <android/log.h>
+#include <signal.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <chrono>
 #include <cinttypes>
 #include <ctime>
@@ -262,6 +264,43 @@ void TroxService::expireLocked(Deliveries& out) {
         notifyChanges(model_.release({Holder::Type::kRequest, r.handle}), out);
         record("expire", r.pid, "handle=" + std::to_string(r.handle) + " ended by its duration");
     }
+    dropOrphansLocked(out);
+}
+
+void TroxService::dropOrphansLocked(Deliveries& out) {
+    // Nobody is left to release a request held "until release" once its sender has exited.
+    std::map<int32_t, bool> gone;
+    std::vector<int32_t> orphans;
+    for (const Request* r : requests_.all()) {
+        if (r->deadlineMs || r->callerPid <= 0) continue;
+        auto it = gone.find(r->callerPid);
+        if (it == gone.end()) {
+            it = gone.emplace(r->callerPid, kill(r->callerPid, 0) != 0 && errno == ESRCH).first;
+        }
+        if (it->second) orphans.push_back(r->handle);
+    }
+    for (int32_t handle : orphans) {
+        std::optional<Request> r = requests_.remove(handle);
+        SLOG(ANDROID_LOG_WARN, "request %d dropped: its client (pid %d) has exited", handle,
+             r->callerPid);
+        notifyChanges(model_.release({Holder::Type::kRequest, handle}), out);
+        record("drop", r->pid, "handle=" + std::to_string(handle) + " client exited");
+    }
+}
+
+bool TroxService::roomLocked(const char* what, int32_t pid) {
+    if (requests_.size() + listeners_.size() < config_.maxRequests) return true;
+    SLOG(ANDROID_LOG_ERROR, "%s from pid %d refused: %zu requests and listeners live, the limit",
+         what, static_cast<int>(pid), config_.maxRequests);
+    return false;
+}
+
+bool TroxService::textFits(const char* what, const std::optional<std::string>& text,
+                           int32_t pid) const {
+    if (!text || text->size() <= config_.maxText) return true;
+    SLOG(ANDROID_LOG_ERROR, "request from pid %d refused: %s of %zu characters, the limit is %zu",
+         static_cast<int>(pid), what, text->size(), config_.maxText);
+    return false;
 }
 
 void TroxService::onAlarm() {
@@ -336,6 +375,11 @@ std::string TroxService::describe(const Request& r) const {
 // ---- request handling ----
 
 int32_t TroxService::acquire(const TroxRequestParcel& request, bool oneWay, Deliveries& out) {
+    const int32_t caller = static_cast<int32_t>(AIBinder_getCallingPid());
+    if (!textFits("package name", request.pkg, caller) ||
+        !textFits("identity", request.identity, caller)) {
+        return -1;
+    }
     std::vector<Setting> settings;
     int32_t source = -1;
     size_t first = 0;
@@ -395,6 +439,7 @@ int32_t TroxService::acquire(const TroxRequestParcel& request, bool oneWay, Deli
         handle = existing->handle;
         SLOG(ANDROID_LOG_INFO, "changed %s", describe(*existing).c_str());
     } else {
+        if (!roomLocked(typeName(request.requestType), caller)) return -1;
         // A one-way caller chose its handle itself so that it can release the request later.
         if (oneWay && request.handle > 0 && !requests_.inUse(request.handle)) {
             handle = request.handle;
@@ -408,7 +453,8 @@ int32_t TroxService::acquire(const TroxRequestParcel& request, bool oneWay, Deli
         Request r;
         r.handle = handle;
         r.requestType = request.requestType;
-        r.pid = request.pid != 0 ? request.pid : static_cast<int32_t>(AIBinder_getCallingPid());
+        r.pid = request.pid != 0 ? request.pid : caller;
+        r.callerPid = caller;
         r.pkg = request.pkg.value_or("");
         r.identity = request.identity.value_or("");
         r.source = source;
@@ -526,6 +572,15 @@ int32_t TroxService::thermalNotify(const TroxRequestParcel& request, Deliveries&
     if (request.requestData.empty()) {
         SLOG(ANDROID_LOG_WARN, "thermal notification without levels");
         return 0;
+    }
+    for (const TroxRequestData& e : request.requestData) {
+        if (!textFits("thermal level", e.res_Value, AIBinder_getCallingPid())) return 0;
+        if (thermalLevels_.count(low32(e.res_Id)) == 0 &&
+            thermalLevels_.size() >= config_.maxRequests) {
+            SLOG(ANDROID_LOG_ERROR, "thermal levels refused: %zu ids known, the limit",
+                 thermalLevels_.size());
+            return 0;
+        }
     }
     for (const TroxRequestData& e : request.requestData) {
         thermalLevels_[low32(e.res_Id)] = e.res_Value.value_or("");
@@ -748,6 +803,7 @@ ndk::ScopedAStatus TroxService::troxResListeningRegister(
         SLOG(ANDROID_LOG_ERROR, "listening registration without a callback");
         return st;
     }
+    if (!roomLocked("listening registration", AIBinder_getCallingPid())) return st;
     Listener l;
     for (const TroxRequestData& e : request.requestData) {
         const ResourceDef* def = nullptr;
@@ -807,6 +863,7 @@ ndk::ScopedAStatus TroxService::troxThermalListeningRegister(
         SLOG(ANDROID_LOG_ERROR, "thermal registration without a callback");
         return st;
     }
+    if (!roomLocked("thermal registration", AIBinder_getCallingPid())) return st;
     Listener l;
     l.thermal = true;
     l.ids.insert(ids.begin(), ids.end());
@@ -861,6 +918,7 @@ ndk::ScopedAStatus TroxService::troxPropertySet(const std::string& key, const st
              key.empty() ? "empty key" : "value too long");
         return st;
     }
+    if (!textFits("property key", key, AIBinder_getCallingPid())) return st;
     int64_t n = 0;
     if (key == kFaultFailNextProperty || key == kFaultDelayProperty || key == kFaultDieProperty) {
         if (!parseValue(value, &n) || n < 0) {
@@ -883,6 +941,11 @@ ndk::ScopedAStatus TroxService::troxPropertySet(const std::string& key, const st
         return st;
     }
     std::lock_guard<std::mutex> lock(mutex_);
+    if (properties_.count(key) == 0 && properties_.size() >= config_.maxRequests) {
+        SLOG(ANDROID_LOG_ERROR, "property %s refused: %zu properties set, the limit",
+             key.c_str(), properties_.size());
+        return st;
+    }
     properties_[key] = value;
     SLOG(ANDROID_LOG_INFO, "property %s set to '%s'", key.c_str(), value.c_str());
     record("prop-set", AIBinder_getCallingPid(), key + "=" + value);

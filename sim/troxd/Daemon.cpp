@@ -1,6 +1,7 @@
 #include "Daemon.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/un.h>
@@ -20,12 +21,13 @@
 namespace troxd {
 
 std::string usage() {
-    return "usage: troxd [--dir DIR] [--config FILE] [--verbose]\n"
-           "  --dir DIR      binder host directory (default: $BINDER_HOST_DIR, else " +
+    return "usage: troxd [--dir DIR] [--config FILE] [--config-limit BYTES] [--verbose]\n"
+           "  --dir DIR              binder host directory (default: $BINDER_HOST_DIR, else " +
            defaultDir() +
            ")\n"
-           "  --config FILE  JSON configuration (default: the built-in reference device)\n"
-           "  --verbose      log debug lines too\n"
+           "  --config FILE          JSON configuration (default: the built-in reference device)\n"
+           "  --config-limit BYTES   larger configuration files are refused (default 1048576)\n"
+           "  --verbose              log debug lines too\n"
            "Runs the reference trox service until SIGTERM or SIGINT.\n";
 }
 
@@ -48,6 +50,24 @@ std::string parseArgs(int argc, char** argv, Options* options) {
         } else if (arg.rfind("--config=", 0) == 0) {
             options->configPath = arg.substr(9);
             if (options->configPath.empty()) err = "--config needs a value";
+        } else if (arg == "--config-limit" || arg.rfind("--config-limit=", 0) == 0) {
+            std::string text;
+            if (arg == "--config-limit") {
+                err = value(&text);
+            } else {
+                text = arg.substr(15);
+            }
+            if (err.empty()) {
+                char* end = nullptr;
+                errno = 0;
+                const unsigned long long n = std::strtoull(text.c_str(), &end, 10);
+                if (text.empty() || !isdigit(static_cast<unsigned char>(text[0])) ||
+                    *end != '\0' || errno != 0 || n < 1024 || n > (1ull << 28)) {
+                    err = "--config-limit takes a number of bytes from 1024 to 268435456";
+                } else {
+                    options->maxConfigBytes = static_cast<size_t>(n);
+                }
+            }
         } else if (arg == "--verbose" || arg == "-v") {
             options->verbose = true;
         } else if (arg == "--help" || arg == "-h") {
@@ -65,13 +85,21 @@ std::string defaultDir() {
 }
 
 std::string prepareDir(const std::string& dir) {
+    // lstat, as the binder kit does: it refuses a symbolic link, so must we.
+    std::string name = dir;
+    while (name.size() > 1 && name.back() == '/') name.pop_back();
     struct stat st {};
-    if (stat(dir.c_str(), &st) != 0) {
+    if (lstat(name.c_str(), &st) != 0) {
         if (errno != ENOENT) return "cannot use " + dir + ": " + std::strerror(errno);
-        if (mkdir(dir.c_str(), 0700) != 0 && errno != EEXIST) {
+        if (mkdir(name.c_str(), 0700) != 0 && errno != EEXIST) {
             return "cannot create " + dir + ": " + std::strerror(errno);
         }
-        if (stat(dir.c_str(), &st) != 0) return "cannot use " + dir + ": " + std::strerror(errno);
+        if (lstat(name.c_str(), &st) != 0) {
+            return "cannot use " + dir + ": " + std::strerror(errno);
+        }
+    }
+    if (S_ISLNK(st.st_mode)) {
+        return "refusing " + dir + ": it is a symbolic link (give the directory it points to)";
     }
     if (!S_ISDIR(st.st_mode)) return dir + " is not a directory";
     if (st.st_uid != geteuid()) return "refusing " + dir + ": it belongs to another user";
@@ -80,6 +108,39 @@ std::string prepareDir(const std::string& dir) {
         snprintf(mode, sizeof(mode), "%03o", static_cast<unsigned>(st.st_mode & 0777));
         return "refusing " + dir + ": mode " + mode + " gives access to group or others (chmod 700)";
     }
+    return {};
+}
+
+std::string lockDir(const std::string& dir, int* fd) {
+    const std::string path = dir + "/troxd.pid";
+    const int lock = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (lock < 0) return "cannot open " + path + ": " + std::strerror(errno);
+    if (flock(lock, LOCK_EX | LOCK_NB) != 0) {
+        const int error = errno;
+        if (error != EWOULDBLOCK) {
+            close(lock);
+            return "cannot lock " + path + ": " + std::strerror(error);
+        }
+        // The holder writes its pid right after it locks; give it a moment to.
+        std::string pid;
+        for (int i = 0; i < 50 && pid.empty(); ++i) {
+            char buf[32] = {};
+            const ssize_t n = pread(lock, buf, sizeof(buf) - 1, 0);
+            if (n > 0 && buf[n - 1] == '\n') pid.assign(buf, static_cast<size_t>(n - 1));
+            if (pid.empty()) usleep(10000);
+        }
+        close(lock);
+        return "another troxd (pid " + (pid.empty() ? std::string("unknown") : pid) +
+               ") already serves " + dir;
+    }
+    const std::string text = std::to_string(getpid()) + "\n";
+    if (ftruncate(lock, 0) != 0 ||
+        pwrite(lock, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size())) {
+        const std::string why = std::strerror(errno);
+        close(lock);
+        return "cannot write " + path + ": " + why;
+    }
+    *fd = lock;
     return {};
 }
 

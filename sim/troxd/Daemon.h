@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 
+#include <cstddef>
 #include <string>
 
 namespace troxd {
@@ -9,6 +10,7 @@ namespace troxd {
 struct Options {
     std::string dir;         // empty: $BINDER_HOST_DIR, else defaultDir()
     std::string configPath;  // empty: the built-in default configuration
+    size_t maxConfigBytes = 1 << 20;
     bool verbose = false;
     bool help = false;
 };
@@ -20,6 +22,9 @@ std::string defaultDir();
 // Creates dir (mode 0700) or checks that the existing one is a directory of ours, closed to
 // group and others: the binder kit refuses any other, and would leave the service unreachable.
 std::string prepareDir(const std::string& dir);
+// Takes dir/troxd.pid (flock) for this process, written with its pid, and keeps it open in
+// *fd: one daemon per directory. Else why not, naming the running one.
+std::string lockDir(const std::string& dir, int* fd);
 // Empty when instance's socket in dir fits a socket address, else why not.
 std::string checkSocketPath(const std::string& dir, const std::string& instance);
 // Adds instance to dir/manifest unless it is named there; replaces the file atomically.

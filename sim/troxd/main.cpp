@@ -2,6 +2,7 @@
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <android/log.h>
+#include <binder_host/service_control.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -40,7 +41,8 @@ int main(int argc, char** argv) {
     sim::Config config;
     try {
         config = options.configPath.empty() ? sim::defaultConfig()
-                                            : sim::loadConfigFile(options.configPath);
+                                            : sim::loadConfigFile(options.configPath,
+                                                                  options.maxConfigBytes);
     } catch (const sim::ConfigError& e) {
         return fail(std::string("bad configuration: ") + e.what(), 1);
     }
@@ -53,10 +55,15 @@ int main(int argc, char** argv) {
         return fail(err, 1);
     }
     if (std::string err = troxd::prepareDir(dir); !err.empty()) return fail(err, 1);
-    // The binder kit reads the directory from the environment on its first use.
     setenv("BINDER_HOST_DIR", dir.c_str(), 1);
     if (std::string err = troxd::ensureManifest(dir, sim::kTroxInstance); !err.empty()) {
         return fail(err, 1);
+    }
+    // Held until exit, so a second daemon on this directory is refused and the socket stays.
+    int lock = -1;
+    if (std::string err = troxd::lockDir(dir, &lock); !err.empty()) return fail(err, 1);
+    if (!binder_host::setHostDirectory(dir)) {
+        return fail("the binder kit refuses " + dir + " (see the line above)", 1);
     }
 
     __android_log_set_logger(troxd::stderrLogger);
@@ -80,7 +87,10 @@ int main(int argc, char** argv) {
     ABinderProcess_startThreadPool();
     std::thread([] { ABinderProcess_joinThreadPool(); }).detach();
     if (AServiceManager_addService(service->asBinder().get(), sim::kTroxInstance) != EX_NONE) {
-        return fail(std::string("cannot publish ") + sim::kTroxInstance, 1);
+        // Exits at once: the binder threads are running and must not be joined.
+        std::fprintf(stderr, "troxd: cannot publish %s: no socket in %s (see the line above)\n",
+                     sim::kTroxInstance, dir.c_str());
+        _exit(1);
     }
     __android_log_print(
             ANDROID_LOG_INFO, kTag, "serving %s in %s (config: %s)", sim::kTroxInstance,

@@ -406,5 +406,108 @@ TEST_F(ServiceTest, ConcurrentClientsKeepTheModelConsistent) {
     EXPECT_EQ(service().activeRequests(), 0u);
 }
 
+// The test device with limits of its own; replaces the fixture's service.
+class LimitedServiceTest : public ServiceTest {
+  protected:
+    void SetUp() override {
+        ServiceTest::SetUp();
+        std::string json = testConfigJson();
+        const std::string history = R"("history": {"size": 4})";
+        json.replace(json.find(history), history.size(),
+                     history + R"(, "limits": {"max_requests": 3, "max_text": 32})");
+        trox.reset();
+        embedded.reset();
+        binder_host::resetServiceManager();
+        embedded = startEmbeddedService(parseConfig(json), clock);
+        trox = ITrox::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(kTroxInstance)));
+        ASSERT_NE(trox, nullptr);
+    }
+
+    bool logged(const vexal::testing::LogCapture& logs, const std::string& part) {
+        for (const auto& line : logs.linesWithTag("troxd")) {
+            if (line.text.find(part) != std::string::npos) return true;
+        }
+        return false;
+    }
+};
+
+TEST_F(LimitedServiceTest, TextsOverTheLimitAreRefusedAndNothingIsKept) {
+    struct Case {
+        const char* what;
+        size_t length;
+        bool accepted;
+    };
+    for (const Case& c : {Case{"package name", 32, true}, Case{"package name", 33, false},
+                          Case{"identity", 33, false}, Case{"package name", 100000, false},
+                          Case{"property key", 32, true}, Case{"property key", 33, false},
+                          Case{"thermal level", 32, true}, Case{"thermal level", 33, false}}) {
+        SCOPED_TRACE(std::string(c.what) + " of " + std::to_string(c.length));
+        vexal::testing::LogCapture logs;
+        const std::string text(c.length, 'p');
+        const std::string what = c.what;
+        int32_t result = -7;
+        if (what == "property key") {
+            ASSERT_TRUE(trox->troxPropertySet(text, "v", &result).isOk());
+            EXPECT_EQ(result == 0, c.accepted);
+            EXPECT_EQ(service().property(text) == "v", c.accepted);
+        } else if (what == "thermal level") {
+            result = request(parcel(kThermalNotify, {entry(9, text)}));
+            EXPECT_EQ(result == 1, c.accepted);
+        } else {
+            TroxRequestParcel p = parcel(kResourceControl, {entry(kBig, "300")});
+            (what == "identity" ? p.identity : p.pkg) = text;
+            result = request(p);
+            EXPECT_EQ(result > 0, c.accepted);
+            EXPECT_EQ(service().activeRequests(), c.accepted ? 1u : 0u);
+            if (result > 0) release(result);
+        }
+        EXPECT_EQ(logged(logs, what + " of " + std::to_string(c.length) +
+                                       " characters, the limit is 32"),
+                  !c.accepted);
+    }
+}
+
+TEST_F(LimitedServiceTest, TheTableHoldsRequestsAndListenersUpToTheLimit) {
+    vexal::testing::LogCapture logs;
+    const int32_t a = request(parcel(kResourceControl, {entry(kBig, "300")}));
+    const int32_t b = request(parcel(kResourceControl, {entry(kLittle, "60")}, 10000));
+    listen({entry(kBig)});
+    ASSERT_GT(a, 0);
+    ASSERT_GT(b, 0);
+    EXPECT_EQ(request(parcel(kResourceControl, {entry(kCap, "500")})), -1);
+    EXPECT_EQ(valueText(kCap), "900") << "a refused request changes nothing";
+    int32_t handle = -7;
+    ASSERT_TRUE(trox->troxResListeningRegister(parcel(0, {entry(kCap)}),
+                                               ndk::SharedRefBase::make<RecordingCallback>(),
+                                               &handle)
+                        .isOk());
+    EXPECT_EQ(handle, -1);
+    EXPECT_TRUE(logged(logs, "3 requests and listeners live, the limit")) << "the refusal is told";
+    // Changing a live request needs no room.
+    TroxRequestParcel change = parcel(kResourceControl, {entry(kBig, "400")});
+    change.handle = a;
+    EXPECT_EQ(request(change), a);
+    EXPECT_EQ(release(a), 0);
+    EXPECT_GT(request(parcel(kResourceControl, {entry(kCap, "500")})), 0);
+    EXPECT_EQ(valueText(kCap), "500");
+}
+
+TEST(ConfigLimitsTest, LimitsAreReadAndChecked) {
+    std::string json = testConfigJson();
+    json.insert(json.rfind('}'), R"(, "limits": {"max_requests": 5, "max_text": 100})");
+    const Config config = parseConfig(json);
+    EXPECT_EQ(config.maxRequests, 5u);
+    EXPECT_EQ(config.maxText, 100u);
+    const Config defaults = parseConfig(testConfigJson());
+    EXPECT_EQ(defaults.maxRequests, 1024u);
+    EXPECT_EQ(defaults.maxText, 256u);
+    for (const char* bad : {R"({"max_requests": 0})", R"({"max_text": 8})", R"({"max_pid": 3})",
+                            R"([1])"}) {
+        std::string j = testConfigJson();
+        j.insert(j.rfind('}'), std::string(R"(, "limits": )") + bad);
+        EXPECT_THROW(parseConfig(j), ConfigError) << bad;
+    }
+}
+
 }  // namespace
 }  // namespace sim::testing

@@ -163,6 +163,31 @@ TEST_F(TroxdBadConfigTest, InvalidJson) {
     expectRefused(writeConfig("\xff\xfe{}"), "not valid JSON");
 }
 
+TEST_F(TroxdBadConfigTest, OverTheSizeLimitIsRefusedBeforeItIsRead) {
+    const std::string big = base_ + "/big.json";
+    std::ofstream(big) << std::string(2048, ' ') << "{}";
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+    };
+    for (const Case& c :
+         {Case{{"--config", "/dev/zero"}, "/dev/zero: larger than the limit of 1048576 bytes"},
+          Case{{"--config", big, "--config-limit", "1024"},
+               big + ": larger than the limit of 1024 bytes"}}) {
+        std::vector<std::string> args = {"--dir", dir_};
+        args.insert(args.end(), c.args.begin(), c.args.end());
+        const auto start = std::chrono::steady_clock::now();
+        const Result r = runTroxd(args);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+        EXPECT_EQ(r.status, 1) << r.err;
+        EXPECT_TRUE(contains(r.err, "troxd: bad configuration: " + c.message)) << r.err;
+        EXPECT_FALSE(exists(dir_));
+    }
+    // Under the limit the same file is taken as far as its size goes.
+    const Result r = runTroxd({"--dir", dir_, "--config", big, "--config-limit", "4096"});
+    EXPECT_TRUE(contains(r.err, "resources: missing section")) << r.err;
+}
+
 TEST_F(TroxdBadConfigTest, DirectoryInsteadOfFile) {
     const std::string config = base_ + "/conf.d";
     ASSERT_EQ(mkdir(config.c_str(), 0700), 0);
@@ -276,6 +301,15 @@ TEST_F(TroxdBadDirTest, ManifestThatCannotBeReplaced) {
     expectRefused(dir, "cannot replace " + dir + "/manifest");
 }
 
+TEST_F(TroxdBadDirTest, SymbolicLinkToADirectory) {
+    const std::string target = base_ + "/real";
+    ASSERT_EQ(mkdir(target.c_str(), 0700), 0);
+    const std::string link = base_ + "/link";
+    ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0);
+    expectRefused(link, "refusing " + link + ": it is a symbolic link");
+    expectRefused(link + "/", "it is a symbolic link");
+}
+
 TEST_F(TroxdBadDirTest, NotADirectory) {
     const std::string file = base_ + "/file";
     std::ofstream(file) << "x";
@@ -306,6 +340,9 @@ TEST(TroxdBadArgumentsTest, EmptyValuesAndStrayWords) {
                                                  {"--config", ""},
                                                  {"serve"},
                                                  {"--dir", "/tmp", "--verbose=1"},
+                                                 {"--config-limit", "10"},
+                                                 {"--config-limit", "1k"},
+                                                 {"--config-limit=-5"},
                                                  {"-"}}) {
         const Result r = runTroxd(args);
         EXPECT_EQ(r.status, 2) << args[0] << ": " << r.err;

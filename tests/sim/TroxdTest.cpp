@@ -164,6 +164,58 @@ TEST(TroxdTest, SigintStopsItToo) {
     EXPECT_EQ(d.waitForExit(kTimeout), 0);
 }
 
+constexpr char kSocketName[] = "vendor.vexal.hardware.trox.ITrox%2fdefault.sock";
+
+bool isSocket(const std::string& path) {
+    struct stat st {};
+    return lstat(path.c_str(), &st) == 0 && S_ISSOCK(st.st_mode);
+}
+
+TEST(TroxdTest, ADirectoryAtTheSocketsNameIsAnErrorNotServing) {
+    const std::string dir = tempDir();
+    const std::string socket = dir + "/" + kSocketName;
+    ASSERT_EQ(mkdir(socket.c_str(), 0700), 0);
+    Daemon d({"--dir", dir});
+    EXPECT_EQ(d.waitForExit(kTimeout), 1) << d.output();
+    EXPECT_NE(d.output().find("troxd: cannot publish vendor.vexal.hardware.trox.ITrox/default"),
+              std::string::npos)
+            << d.output();
+    EXPECT_EQ(d.output().find("serving"), std::string::npos) << d.output();
+    struct stat st {};
+    EXPECT_TRUE(lstat(socket.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) << "left as it was";
+}
+
+TEST(TroxdTest, ASecondDaemonOnTheDirectoryIsRefusedAndTheFirstKeepsServing) {
+    struct Case {
+        bool lockFileRemoved;  // then the live socket is what stops the second one
+        std::string message;   // followed by the first one's pid
+    };
+    for (const Case& c : {Case{false, "troxd: another troxd (pid "},
+                          Case{true, "is in use by pid "}}) {
+        SCOPED_TRACE(c.message);
+        const std::string dir = tempDir();
+        Daemon first({"--dir", dir});
+        ASSERT_TRUE(first.waitForOutput("serving", kTimeout)) << first.output();
+        if (c.lockFileRemoved) {
+            ASSERT_EQ(unlink((dir + "/troxd.pid").c_str()), 0);
+        }
+        Daemon second({"--dir", dir});
+        EXPECT_EQ(second.waitForExit(kTimeout), 1) << second.output();
+        EXPECT_NE(second.output().find(c.message + std::to_string(first.pid())),
+                  std::string::npos)
+                << second.output();
+        EXPECT_EQ(second.output().find("serving"), std::string::npos) << second.output();
+        EXPECT_TRUE(isSocket(dir + "/" + kSocketName)) << "the refused daemon leaves the socket";
+        EXPECT_EQ(kill(first.pid(), 0), 0) << "the first one still runs";
+        ASSERT_EQ(kill(first.pid(), SIGTERM), 0);
+        EXPECT_EQ(first.waitForExit(kTimeout), 0) << first.output();
+        EXPECT_FALSE(isSocket(dir + "/" + kSocketName)) << "its socket goes with it";
+        // Once it is gone the directory is free again.
+        Daemon third({"--dir", dir});
+        EXPECT_TRUE(third.waitForOutput("serving", kTimeout)) << third.output();
+    }
+}
+
 TEST(DaemonPartsTest, ManifestGainsTheInstanceOnceAndKeepsOtherLines) {
     const std::string dir = tempDir();
     std::ofstream(dir + "/manifest") << "# services\nother.Service/default";

@@ -42,9 +42,16 @@ bool checkDirectory(const std::string& path) {
         logError("cannot create binder host directory %s: %s", path.c_str(), strerror(errno));
         return false;
     }
+    // A trailing slash would make lstat follow a symbolic link.
+    std::string name = path;
+    while (name.size() > 1 && name.back() == '/') name.pop_back();
     struct stat st = {};
-    if (lstat(path.c_str(), &st) != 0) {
+    if (lstat(name.c_str(), &st) != 0) {
         logError("cannot stat binder host directory %s: %s", path.c_str(), strerror(errno));
+        return false;
+    }
+    if (S_ISLNK(st.st_mode)) {
+        logError("binder host directory %s refused: a symbolic link", path.c_str());
         return false;
     }
     if (!S_ISDIR(st.st_mode)) {

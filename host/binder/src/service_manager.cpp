@@ -109,8 +109,22 @@ binder_exception_t AServiceManager_addService(AIBinder* binder, const char* inst
         replaced = std::move(sm.services[instance]);
         sm.services[instance] = remote;
     }
+    if (!publishService(instance, remote)) {
+        // Unreachable from other processes is no service at all: the name goes back.
+        {
+            std::lock_guard<std::mutex> lock(sm.mutex);
+            auto it = sm.services.find(instance);
+            if (it != sm.services.end() && it->second == remote) {
+                if (replaced != nullptr) {
+                    it->second = std::move(replaced);
+                } else {
+                    sm.services.erase(it);
+                }
+            }
+        }
+        return EX_ILLEGAL_STATE;
+    }
     sm.changed.notify_all();
-    publishService(instance, remote);
     return EX_NONE;
 }
 

@@ -1,8 +1,11 @@
 #include "socket_transport.h"
 
 #include <errno.h>
+#include <fcntl.h>
+#include <linux/sockios.h>
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -12,13 +15,17 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <deque>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <random>
 #include <set>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <vector>
@@ -28,6 +35,7 @@
 #include "host_dir.h"
 #include "parcel_internal.h"
 #include "process.h"
+#include "socket_limits.h"
 
 // Frames on the stream: uint32 body length, uint32 type, then the body, all little-endian.
 //   HELLO    (server to client, once): uint64 ref of the service, string descriptor, and
@@ -183,19 +191,76 @@ bool readFull(int fd, uint8_t* data, size_t size,
     return true;
 }
 
-enum class ReadResult { kOk, kClosed, kTooLarge };
+enum class ReadResult { kOk, kClosed, kTooLarge, kTimedOut };
 
-// The body is not read (or allocated) when its length is beyond maxLength.
+// A body grows by this much at most ahead of the bytes that arrived: a length alone costs
+// nothing.
+constexpr size_t kBodyChunk = 64 * 1024;
+
+bool waitReadable(int fd, const std::chrono::steady_clock::time_point* deadline) {
+    for (;;) {
+        int wait = -1;
+        if (deadline != nullptr) {
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                    *deadline - std::chrono::steady_clock::now());
+            if (left.count() <= 0) return false;
+            wait = static_cast<int>(left.count());
+        }
+        pollfd pfd{fd, POLLIN, 0};
+        const int ready = poll(&pfd, 1, wait);
+        if (ready < 0 && errno == EINTR) continue;
+        return ready > 0;
+    }
+}
+
+bool readBody(int fd, uint32_t length, std::vector<uint8_t>* body,
+              const std::chrono::steady_clock::time_point* deadline) {
+    body->clear();
+    size_t got = 0;
+    while (got < length) {
+        if (deadline != nullptr && !waitReadable(fd, deadline)) return false;
+        const size_t end = std::min<size_t>(length, got + kBodyChunk);
+        if (body->size() < end) body->resize(end);
+        const ssize_t n = recv(fd, body->data() + got, end - got, 0);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return false;
+        got += static_cast<size_t>(n);
+    }
+    return true;
+}
+
+bool pastDeadline(const std::chrono::steady_clock::time_point* deadline) {
+    return deadline != nullptr && std::chrono::steady_clock::now() >= *deadline;
+}
+
+// The body is not read (or allocated) when its length is beyond maxLength. With frameTimeout,
+// the frame may take that long from its first byte: a peer cannot hold a half-sent frame.
 ReadResult readFrame(int fd, uint32_t* type, uint32_t* length, std::vector<uint8_t>* body,
                      const std::chrono::steady_clock::time_point* deadline = nullptr,
-                     uint32_t maxLength = kMaxFrame) {
+                     uint32_t maxLength = kMaxFrame,
+                     std::chrono::milliseconds frameTimeout = std::chrono::milliseconds(0)) {
+    std::chrono::steady_clock::time_point frameDeadline;
+    if (frameTimeout.count() > 0) {
+        if (!waitReadable(fd, deadline)) {
+            return pastDeadline(deadline) ? ReadResult::kTimedOut : ReadResult::kClosed;
+        }
+        frameDeadline = std::chrono::steady_clock::now() + frameTimeout;
+        if (deadline == nullptr || frameDeadline < *deadline) deadline = &frameDeadline;
+    }
     uint8_t header[8];
-    if (!readFull(fd, header, sizeof(header), deadline)) return ReadResult::kClosed;
+    if (!readFull(fd, header, sizeof(header), deadline)) {
+        return pastDeadline(deadline) ? ReadResult::kTimedOut : ReadResult::kClosed;
+    }
     memcpy(length, header, 4);
     memcpy(type, header + 4, 4);
     if (*length > maxLength) return ReadResult::kTooLarge;
-    body->resize(*length);
-    return readFull(fd, body->data(), *length, deadline) ? ReadResult::kOk : ReadResult::kClosed;
+    if (readBody(fd, *length, body, deadline)) return ReadResult::kOk;
+    return pastDeadline(deadline) ? ReadResult::kTimedOut : ReadResult::kClosed;
+}
+
+// After a large frame, a reader does not keep its buffer.
+void trimBuffer(std::vector<uint8_t>* body) {
+    if (body->capacity() > 16 * kBodyChunk) std::vector<uint8_t>().swap(*body);
 }
 
 // One socket of a connection's channels; closed when the last user lets go.
@@ -356,21 +421,37 @@ class Connection : public std::enable_shared_from_this<Connection> {
         return true;
     }
 
-    void start() {
+    // Server side, before start(): the limits of socketLimits() apply to this peer.
+    void markAccepted() { accepted_ = true; }
+
+    // slot lives as long as the reader thread. False if no thread could be made; the caller
+    // closes the connection.
+    bool start(std::shared_ptr<void> slot = nullptr) {
         SocketState& s = state();
         {
             std::lock_guard<std::mutex> lock(s.mutex);
             ++s.readers;
             s.connections.insert(shared_from_this());
         }
-        std::thread([self = shared_from_this()]() mutable {
-            self->readLoop();
-            self.reset();
-            SocketState& st = state();
-            std::lock_guard<std::mutex> lock(st.mutex);
-            --st.readers;
-            st.readersDone.notify_all();
-        }).detach();
+        try {
+            std::thread([self = shared_from_this(), slot = std::move(slot)]() mutable {
+                self->readLoop();
+                self.reset();
+                slot.reset();
+                SocketState& st = state();
+                std::lock_guard<std::mutex> lock(st.mutex);
+                --st.readers;
+                st.readersDone.notify_all();
+            }).detach();
+        } catch (const std::system_error& e) {
+            logError("%s: no thread for the connection of pid %d (%s); closing it", label_.c_str(),
+                     static_cast<int>(peerPid_), e.what());
+            std::lock_guard<std::mutex> lock(s.mutex);
+            --s.readers;
+            s.readersDone.notify_all();
+            return false;
+        }
+        return true;
     }
 
     bool alive() const {
@@ -472,6 +553,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
             return s;
         }
         if (!sendFrame(frame.finish())) {
+            logStalledPeer();
             close(!exiting());
             return STATUS_DEAD_OBJECT;
         }
@@ -739,12 +821,23 @@ class Connection : public std::enable_shared_from_this<Connection> {
     // breaks the connection.
     void serveChannel(const std::shared_ptr<Channel>& channel) {
         std::vector<uint8_t> body;
+        const std::chrono::milliseconds frameTimeout =
+                accepted_ ? socketLimits().frameTimeout : std::chrono::milliseconds(0);
         for (;;) {
             uint32_t type = 0;
             uint32_t length = 0;
-            const ReadResult read = readFrame(channel->fd, &type, &length, &body);
+            trimBuffer(&body);
+            const ReadResult read =
+                    readFrame(channel->fd, &type, &length, &body, nullptr, kMaxFrame, frameTimeout);
             // A client drops channels it no longer needs; only the shared stream ending is a death.
             if (read == ReadResult::kClosed) return;
+            if (read == ReadResult::kTimedOut) {
+                logError("%s: pid %d left a frame unfinished on a channel for %lld ms; closing",
+                         label_.c_str(), static_cast<int>(peerPid_),
+                         static_cast<long long>(frameTimeout.count()));
+                close(!exiting());
+                return;
+            }
             FrameReader reader(body.data(), body.size());
             AParcel sent;
             if (read == ReadResult::kOk && type == kTransact &&
@@ -898,16 +991,55 @@ class Connection : public std::enable_shared_from_this<Connection> {
         return writeFull(fd_, frame.data(), frame.size());
     }
 
+    // After a failed write: a send timeout (SO_SNDTIMEO of accepted sockets) means the peer
+    // stopped reading.
+    void logStalledPeer() {
+        if (errno != EAGAIN && errno != EWOULDBLOCK) return;
+        logError("%s: pid %d took nothing we wrote for %lld ms; dropping the connection",
+                 label_.c_str(), static_cast<int>(peerPid_),
+                 static_cast<long long>(socketLimits().replyTimeout.count()));
+    }
+
+    // Server side: a fresh socket's peer takes its HELLO (nothing of ours is left unread) or
+    // speaks within the deadline; one that does neither is no client.
+    bool helloTaken() {
+        const auto deadline = std::chrono::steady_clock::now() + socketLimits().handshakeTimeout;
+        for (;;) {
+            int unread = 0;
+            if (ioctl(fd_, SIOCOUTQ, &unread) != 0 || unread == 0) return true;
+            if (std::chrono::steady_clock::now() >= deadline) return false;
+            // The kernel tells nobody when the peer reads: look again shortly.
+            pollfd pfd{fd_, POLLIN, 0};
+            if (poll(&pfd, 1, 10) > 0) return true;
+        }
+    }
+
     void readLoop() {
         std::vector<uint8_t> body;
         bool first = true;
+        const std::chrono::milliseconds frameTimeout =
+                accepted_ ? socketLimits().frameTimeout : std::chrono::milliseconds(0);
+        if (accepted_ && !helloTaken()) {
+            logError("%s: pid %d did not take its HELLO within %lld ms; dropping the socket",
+                     label_.c_str(), static_cast<int>(peerPid_),
+                     static_cast<long long>(socketLimits().handshakeTimeout.count()));
+            close(!exiting());
+            return;
+        }
         for (;;) {
             uint32_t length = 0;
             uint32_t type = 0;
-            const ReadResult read = readFrame(fd_, &type, &length, &body);
+            trimBuffer(&body);
+            const ReadResult read =
+                    readFrame(fd_, &type, &length, &body, nullptr, kMaxFrame, frameTimeout);
             if (read == ReadResult::kTooLarge) {
                 logError("%s: frame of %u bytes from pid %d exceeds the limit; closing",
                          label_.c_str(), length, static_cast<int>(peerPid_));
+                break;
+            }
+            if (read == ReadResult::kTimedOut) {
+                logError("%s: pid %d left a frame unfinished for %lld ms; closing", label_.c_str(),
+                         static_cast<int>(peerPid_), static_cast<long long>(frameTimeout.count()));
                 break;
             }
             if (read != ReadResult::kOk) break;
@@ -920,8 +1052,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
             }
             first = false;
             if (!handleFrame(type, &reader)) {
-                logError("%s: malformed frame (type %u, %u bytes) from pid %d; closing",
-                         label_.c_str(), type, length, static_cast<int>(peerPid_));
+                if (!dropped_) {
+                    logError("%s: malformed frame (type %u, %u bytes) from pid %d; closing",
+                             label_.c_str(), type, length, static_cast<int>(peerPid_));
+                }
                 break;
             }
             {
@@ -962,20 +1096,67 @@ class Connection : public std::enable_shared_from_this<Connection> {
                reader->bytes(&call->request->data) && reader->atEnd();
     }
 
+    // A call of this peer waiting for a binder thread or being served.
+    class QueuedCall {
+      public:
+        QueuedCall(std::shared_ptr<Connection> c, size_t bytes)
+            : connection_(std::move(c)), bytes_(bytes) {}
+        QueuedCall(QueuedCall&& other) noexcept
+            : connection_(std::move(other.connection_)), bytes_(other.bytes_) {}
+        QueuedCall(const QueuedCall&) = delete;
+        QueuedCall& operator=(const QueuedCall&) = delete;
+        QueuedCall& operator=(QueuedCall&&) = delete;
+        ~QueuedCall() {
+            if (connection_ == nullptr) return;
+            connection_->queuedCalls_.fetch_sub(1);
+            connection_->queuedBytes_.fetch_sub(bytes_);
+        }
+
+      private:
+        std::shared_ptr<Connection> connection_;
+        size_t bytes_;
+    };
+
+    // Server side: a peer that sends calls faster than they are served (or never reads the
+    // replies) is dropped rather than queued without end. Null when it is dropped.
+    std::optional<QueuedCall> admitCall(size_t bytes) {
+        const size_t calls = queuedCalls_.fetch_add(1) + 1;
+        const size_t total = queuedBytes_.fetch_add(bytes) + bytes;
+        QueuedCall queued(shared_from_this(), bytes);
+        const SocketLimits& limits = socketLimits();
+        if (!accepted_ || (calls <= limits.maxQueuedCalls && total <= limits.maxQueuedBytes)) {
+            return std::optional<QueuedCall>(std::move(queued));
+        }
+        dropped_ = true;
+        logError(
+                "%s: pid %d has %zu calls (%zu bytes) waiting (limits %zu calls, %zu bytes); "
+                "dropping the connection",
+                label_.c_str(), static_cast<int>(peerPid_), calls, total, limits.maxQueuedCalls,
+                limits.maxQueuedBytes);
+        return std::nullopt;
+    }
+
     bool handleTransact(FrameReader* reader) {
         Incoming call;
         if (!readTransact(reader, &call)) return false;
+        std::optional<QueuedCall> queued = admitCall(call.request->data.size());
+        if (!queued) return false;
         std::shared_ptr<Export> target = findExport(call.ref);
         if ((call.flags & FLAG_ONEWAY) != 0) {
             if (target == nullptr) return true;  // nothing to deliver to, nobody to tell
             target->oneway->post([self = shared_from_this(), target, code = call.code,
-                                  request = std::move(call.request)] {
+                                  request = std::move(call.request),
+                                  queued = std::make_shared<QueuedCall>(std::move(*queued))] {
+                if (self->dropped_) return;
                 AParcel ignored;
                 self->serve(target.get(), code, *request, &ignored);
             });
             return true;
         }
-        postToThreadPool([self = shared_from_this(), target, call = std::move(call)]() mutable {
+        postToThreadPool([self = shared_from_this(), target, call = std::move(call),
+                          queued = std::make_shared<QueuedCall>(std::move(*queued))]() mutable {
+            // Calls of a peer dropped for flooding are not served.
+            if (self->dropped_) return;
             AParcel reply;
             binder_status_t status = self->serve(target.get(), call.code, *call.request, &reply);
             // Dropping the request first lets its releases reach the peer before the reply.
@@ -1019,7 +1200,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
         const std::vector<uint8_t>& bytes = frame.finish();
         const bool sent = channelFd >= 0 ? writeFull(channelFd, bytes.data(), bytes.size())
                                          : sendFrame(bytes);
-        if (!sent) close(!exiting());
+        if (!sent) {
+            logStalledPeer();
+            close(!exiting());
+        }
         return status;
     }
 
@@ -1075,6 +1259,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     // Handed over to a channel when this socket turns out to be one.
     std::atomic<int> fd_;
+    // Server side (see markAccepted); set before the reader starts.
+    bool accepted_ = false;
+    std::atomic<size_t> queuedCalls_{0};
+    std::atomic<size_t> queuedBytes_{0};
+    // Dropped for exceeding a limit: what it queued is not served.
+    std::atomic<bool> dropped_{false};
     const std::string label_;
     pid_t peerPid_ = 0;
     uid_t peerUid_ = 0;
@@ -1140,9 +1330,14 @@ class Listener {
         sockaddr_un addr{};
         addr.sun_family = AF_UNIX;
         memcpy(addr.sun_path, path_.c_str(), path_.size() + 1);
-        // What is there is a socket left by a process that ended, or one this name replaces.
-        unlink(path_.c_str());
+        // A process still answering there keeps its socket; one that ended left a stale file.
+        if (const pid_t owner = liveOwner(); owner != 0) {
+            logError("%s: %s is in use by pid %d", instance_.c_str(), path_.c_str(),
+                     static_cast<int>(owner));
+            return false;
+        }
         struct stat st = {};
+        if (lstat(path_.c_str(), &st) == 0 && S_ISSOCK(st.st_mode)) unlink(path_.c_str());
         if (bind(fd_, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) != 0 ||
             stat(path_.c_str(), &st) != 0 || listen(fd_, 64) != 0) {
             logError("%s: cannot listen on %s: %s", instance_.c_str(), path_.c_str(),
@@ -1187,34 +1382,152 @@ class Listener {
     }
 
   private:
+    // The pid listening on path_ (-1 when it cannot be told), 0 when nobody answers there.
+    pid_t liveOwner() const {
+        const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        if (probe < 0) return 0;
+        sockaddr_un addr{};
+        addr.sun_family = AF_UNIX;
+        memcpy(addr.sun_path, path_.c_str(), path_.size() + 1);
+        pid_t owner = 0;
+        if (connect(probe, reinterpret_cast<sockaddr*>(&addr), sizeof(addr)) == 0) {
+            ucred cred{};
+            socklen_t size = sizeof(cred);
+            owner = getsockopt(probe, SOL_SOCKET, SO_PEERCRED, &cred, &size) == 0 && cred.pid > 0
+                            ? cred.pid
+                            : -1;
+        } else if (errno == EAGAIN) {
+            owner = -1;  // alive, its backlog full
+        }
+        ::close(probe);
+        return owner;
+    }
+
+    // Holds one place under the connection cap while its reader runs.
+    struct Slot {
+        explicit Slot(std::shared_ptr<std::atomic<size_t>> open) : open_(std::move(open)) {
+            ++*open_;
+        }
+        ~Slot() { --*open_; }
+        Slot(const Slot&) = delete;
+        Slot& operator=(const Slot&) = delete;
+        const std::shared_ptr<std::atomic<size_t>> open_;
+    };
+
+    // Refusals come in bursts: one line a second says how many.
+    __attribute__((format(printf, 2, 3))) void logRefusal(const char* format, ...) {
+        ++refusedSinceLog_;
+        const auto now = std::chrono::steady_clock::now();
+        if (now - lastRefusalLog_ < std::chrono::seconds(1)) return;
+        char reason[256];
+        va_list args;
+        va_start(args, format);
+        vsnprintf(reason, sizeof(reason), format, args);
+        va_end(args);
+        logError("%s: %s; refused %zu connection(s)", instance_.c_str(), reason, refusedSinceLog_);
+        refusedSinceLog_ = 0;
+        lastRefusalLog_ = now;
+    }
+
+    // True when woken to stop.
+    bool pauseOrStop(std::chrono::milliseconds delay) {
+        pollfd wake{wake_, POLLIN, 0};
+        const int ready = poll(&wake, 1, static_cast<int>(delay.count()));
+        return ready > 0 && wake.revents != 0;
+    }
+
+    // The accept loop never gives up: out of descriptors or memory it refuses or waits, and
+    // accepts again once they are back.
     void run() {
+        constexpr auto kFirstBackoff = std::chrono::milliseconds(10);
+        constexpr auto kLastBackoff = std::chrono::milliseconds(500);
+        auto backoff = kFirstBackoff;
+        // Kept free so that at the descriptor limit a client is told no at once rather than
+        // left in the backlog.
+        int spare = open("/dev/null", O_RDONLY | O_CLOEXEC);
         for (;;) {
             pollfd fds[2] = {{fd_, POLLIN, 0}, {wake_, POLLIN, 0}};
             if (poll(fds, 2, -1) < 0) {
                 if (errno == EINTR) continue;
-                logError("%s: poll failed: %s", instance_.c_str(), strerror(errno));
-                return;
-            }
-            if (fds[1].revents != 0) return;
-            int fd = accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC);
-            if (fd < 0) {
-                if (errno == EINTR || errno == ECONNABORTED || errno == EAGAIN) continue;
-                logError("%s: accept failed: %s", instance_.c_str(), strerror(errno));
-                return;
-            }
-            auto connection = std::make_shared<Connection>(fd, instance_);
-            if (!connection->readPeerCredentials() || !connection->sendHello(service_)) {
-                connection->close(false);
+                logError("%s: poll failed: %s; retrying", instance_.c_str(), strerror(errno));
+                if (pauseOrStop(kLastBackoff)) break;
                 continue;
             }
-            connection->start();
-            std::lock_guard<std::mutex> lock(mutex_);
-            std::vector<std::weak_ptr<Connection>> live;
-            for (auto& weak : accepted_) {
-                if (!weak.expired()) live.push_back(std::move(weak));
+            if (fds[1].revents != 0) break;
+            int fd = accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC);
+            if (fd < 0) {
+                const int error = errno;
+                if (error == EINTR || error == ECONNABORTED || error == EAGAIN || error == EPROTO) {
+                    continue;
+                }
+                if ((error == EMFILE || error == ENFILE) && spare >= 0) {
+                    ::close(spare);
+                    const int refused = accept4(fd_, nullptr, nullptr, SOCK_CLOEXEC);
+                    if (refused >= 0) ::close(refused);
+                    spare = open("/dev/null", O_RDONLY | O_CLOEXEC);
+                    if (refused >= 0) {
+                        logRefusal("accept failed: %s", strerror(error));
+                        continue;
+                    }
+                }
+                logRefusal("accept failed: %s; retrying within %lld ms", strerror(error),
+                           static_cast<long long>(backoff.count()));
+                if (pauseOrStop(backoff)) break;
+                backoff = std::min(backoff * 2, kLastBackoff);
+                if (spare < 0) spare = open("/dev/null", O_RDONLY | O_CLOEXEC);
+                continue;
             }
-            live.push_back(connection);
-            accepted_.swap(live);
+            backoff = kFirstBackoff;
+            try {
+                serveAccepted(fd);
+            } catch (const std::exception& e) {
+                // Out of memory for this one: the socket is closed by whoever owned it.
+                logRefusal("cannot take a connection: %s", e.what());
+            }
+        }
+        if (spare >= 0) ::close(spare);
+    }
+
+    void serveAccepted(int fd) {
+        const SocketLimits& limits = socketLimits();
+        std::shared_ptr<Connection> connection;
+        try {
+            connection = std::make_shared<Connection>(fd, instance_);
+        } catch (...) {
+            ::close(fd);
+            throw;
+        }
+        if (!connection->readPeerCredentials()) {
+            connection->close(false);
+            return;
+        }
+        if (open_->load() >= limits.maxConnections) {
+            logRefusal("%zu connections open, the limit (BINDER_HOST_MAX_CONNECTIONS)",
+                       limits.maxConnections);
+            connection->close(false);
+            return;
+        }
+        const timeval sendTimeout{
+                static_cast<time_t>(limits.replyTimeout.count() / 1000),
+                static_cast<suseconds_t>(limits.replyTimeout.count() % 1000 * 1000)};
+        setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &sendTimeout, sizeof(sendTimeout));
+        auto slot = std::make_shared<Slot>(open_);
+        connection->markAccepted();
+        if (!connection->sendHello(service_) || !connection->start(std::move(slot))) {
+            connection->close(false);
+            return;
+        }
+        std::lock_guard<std::mutex> lock(mutex_);
+        std::vector<std::weak_ptr<Connection>> live;
+        for (auto& weak : accepted_) {
+            if (!weak.expired()) live.push_back(std::move(weak));
+        }
+        live.push_back(connection);
+        accepted_.swap(live);
+        if (refusedSinceLog_ > 0) {
+            logError("%s: accepting again; %zu more connection(s) were refused", instance_.c_str(),
+                     refusedSinceLog_);
+            refusedSinceLog_ = 0;
         }
     }
 
@@ -1228,6 +1541,11 @@ class Listener {
     std::thread thread_;
     std::mutex mutex_;
     std::vector<std::weak_ptr<Connection>> accepted_;
+    // Sockets of this listener whose reader still runs (channels included).
+    const std::shared_ptr<std::atomic<size_t>> open_ = std::make_shared<std::atomic<size_t>>(0);
+    // Accept thread only.
+    size_t refusedSinceLog_ = 0;
+    std::chrono::steady_clock::time_point lastRefusalLog_;
 };
 
 struct Registry {
@@ -1261,11 +1579,11 @@ bool socketModeEnabled() {
     return !socketDirectory().empty();
 }
 
-void publishService(const std::string& instance, const std::shared_ptr<RemoteObject>& service) {
+bool publishService(const std::string& instance, const std::shared_ptr<RemoteObject>& service) {
     const std::string dir = socketDirectory();
-    if (dir.empty()) return;
+    if (dir.empty()) return true;
     const std::string path = socketPath(dir, instance);
-    if (path.empty()) return;
+    if (path.empty()) return false;
     gInUse = true;
     state();  // registers the exit handler before any thread starts
     Registry& r = registry();
@@ -1274,7 +1592,9 @@ void publishService(const std::string& instance, const std::shared_ptr<RemoteObj
     // Clients of the replaced object keep their connections.
     if (slot != nullptr) slot->stop(false);
     slot = std::make_unique<Listener>(instance, path, service);
-    if (!slot->start()) r.listeners.erase(instance);
+    if (slot->start()) return true;
+    r.listeners.erase(instance);
+    return false;
 }
 
 void unpublishService(const std::string& instance) {
@@ -1329,7 +1649,10 @@ std::shared_ptr<RemoteObject> connectService(const std::string& instance) {
         connection->close(false);
         return root;
     }
-    connection->start();
+    if (!connection->start()) {
+        connection->close(false);
+        return nullptr;
+    }
     r.clients[path] = connection;
     return connection->root();
 }

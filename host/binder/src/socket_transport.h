@@ -12,8 +12,9 @@ namespace binder_impl {
 // process cannot be passed on: the call fails with STATUS_BAD_VALUE.
 
 // Services of this process become reachable from others through a listening socket per instance;
-// all of these are no-ops or null when socket mode is off (see host_dir.h).
-void publishService(const std::string& instance, const std::shared_ptr<RemoteObject>& service);
+// all of these are no-ops or null when socket mode is off (see host_dir.h). False when the socket
+// could not be made, or another process still answers on it (that one keeps it).
+bool publishService(const std::string& instance, const std::shared_ptr<RemoteObject>& service);
 // Stops listening and closes that instance's connections: its clients see a death.
 void unpublishService(const std::string& instance);
 // The service's object over a (shared, per socket) connection; null if nobody answers.

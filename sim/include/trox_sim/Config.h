@@ -42,7 +42,14 @@ struct Config {
     std::string powerConsistency = "100";
     size_t historySize = 64;
     bool historyEnabled = true;
+    // What one client can cost: live requests and listeners together, and the length of each
+    // text a caller leaves behind (package, identity, property key, thermal level).
+    size_t maxRequests = 1024;
+    size_t maxText = 256;
 };
+
+// Configuration files larger than this are refused before they are parsed.
+inline constexpr size_t kDefaultMaxConfigBytes = 1 << 20;
 
 class ConfigError : public std::runtime_error {
   public:
@@ -51,7 +58,7 @@ class ConfigError : public std::runtime_error {
 
 // Parses and checks a configuration; throws ConfigError naming what is wrong and where.
 Config parseConfig(const std::string& jsonText);
-Config loadConfigFile(const std::string& path);
+Config loadConfigFile(const std::string& path, size_t maxBytes = kDefaultMaxConfigBytes);
 // The configuration shipped in sim/config/default.json, built into the library.
 const std::string& defaultConfigText();
 Config defaultConfig();

@@ -15,6 +15,8 @@ struct Request {
     int32_t handle = -1;
     int32_t requestType = 0;
     int32_t pid = 0;
+    // The process that sent the request, as the transport saw it; pid above is what it claims.
+    int32_t callerPid = 0;
     std::string pkg;
     std::string identity;
     // Action id for event requests, scenario id for scenario requests, else -1.

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -146,6 +147,9 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     void rearmLocked();
     void onAlarm();
     void expireLocked(Deliveries& out);
+    void dropOrphansLocked(Deliveries& out);
+    bool roomLocked(const char* what, int32_t pid);
+    bool textFits(const char* what, const std::optional<std::string>& text, int32_t pid) const;
     void record(const std::string& op, int32_t pid, const std::string& line);
     void send(std::unique_lock<std::mutex>& state, Deliveries deliveries);
     TroxRequestData recordFor(int32_t id, bool byPath) const;

@@ -52,6 +52,20 @@ size_t queuedBinderWork();
 // Waits until at least count items wait for a binder thread; false after the timeout.
 bool waitForQueuedBinderWork(size_t count, std::chrono::milliseconds timeout);
 
+// Limits of a serving process on its socket clients, read once from its environment (a positive
+// integer each; a bad value is logged and the default kept). Each bites with a logged line:
+//   BINDER_HOST_MAX_CONNECTIONS (512): open sockets per published service, channels included;
+//     beyond it a new socket is closed before its HELLO.
+//   BINDER_HOST_HANDSHAKE_TIMEOUT_MS (5000): a fresh socket that neither reads its HELLO nor
+//     sends anything in that time is closed.
+//   BINDER_HOST_FRAME_TIMEOUT_MS (10000): once a frame began, the rest must arrive in that time;
+//     a body is allocated as its bytes arrive, never from the announced length alone.
+//   BINDER_HOST_MAX_QUEUED_CALLS (1024), BINDER_HOST_MAX_QUEUED_BYTES (64 MiB): calls of one
+//     connection waiting for or on binder threads; beyond either it is dropped (a death to it).
+//   BINDER_HOST_REPLY_TIMEOUT_MS (5000): a client that takes nothing we write for that long is
+//     dropped.
+// Out of descriptors or memory, a listener refuses or waits and accepts again once they are free.
+//
 // Socket mode: services added here are also served to other processes through a Unix socket in
 // dir, and services not added here are looked for there. Replaces BINDER_HOST_DIR (read at first
 // use otherwise) and the manifest location; "" turns socket mode off. The directory is created

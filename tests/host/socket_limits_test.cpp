@@ -1,0 +1,433 @@
+// The socket transport of a service against clients that exhaust or abuse it: the service keeps
+// serving the others, bounds what one client costs, and logs why it refused.
+#include "../kit/RawSocket.h"
+#include "../kit/SpawnProgram.h"
+
+#include <android/binder_auto_utils.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <binder_host/service_control.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/sockios.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "binder_test_util.h"
+
+extern char** environ;
+
+namespace {
+
+using namespace binder_test;
+using namespace vexal::testing;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kName = "test.vexal.IEcho/default";
+constexpr uint32_t kHello = 1;
+constexpr uint32_t kTransact = 2;
+constexpr uint32_t kReply = 3;
+
+std::vector<uint8_t> frame(uint32_t type, const std::vector<uint8_t>& body) {
+    std::vector<uint8_t> bytes(8 + body.size());
+    const auto length = static_cast<uint32_t>(body.size());
+    memcpy(bytes.data(), &length, 4);
+    memcpy(bytes.data() + 4, &type, 4);
+    if (!body.empty()) memcpy(bytes.data() + 8, body.data(), body.size());
+    return bytes;
+}
+
+// A two-way call with an empty parcel: the service answers it (STATUS_BAD_TYPE, no token).
+std::vector<uint8_t> transactFrame(uint64_t transaction, uint64_t ref) {
+    std::vector<uint8_t> body(32, 0);
+    memcpy(body.data(), &transaction, 8);
+    memcpy(body.data() + 8, &ref, 8);
+    return frame(kTransact, body);
+}
+
+// One whole frame; false if the peer closed first (or said nothing for 10 s).
+bool readRawFrame(int fd, uint32_t* type, std::vector<uint8_t>* body) {
+    timeval tick{10, 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
+    uint8_t header[8];
+    if (!recvExact(fd, header, sizeof(header))) return false;
+    uint32_t length = 0;
+    memcpy(&length, header, 4);
+    memcpy(type, header + 4, 4);
+    body->resize(length);
+    return recvExact(fd, body->data(), length);
+}
+
+// A socket that got its HELLO (and the service's ref), or -1 when the service closed it first.
+int connectRaw(const std::string& path, uint64_t* ref = nullptr) {
+    const int fd = connectUnix(path);
+    if (fd < 0) return -1;
+    uint32_t type = 0;
+    std::vector<uint8_t> body;
+    if (!readRawFrame(fd, &type, &body) || type != kHello || body.size() < 8) {
+        close(fd);
+        return -1;
+    }
+    if (ref != nullptr) memcpy(ref, body.data(), 8);
+    return fd;
+}
+
+// True once the peer closed fd; what it sent before is read and dropped.
+bool closedByPeer(int fd) {
+    timeval tick{0, 100000};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
+    const auto deadline = Clock::now() + 10s;
+    char buffer[256];
+    while (Clock::now() < deadline) {
+        const ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
+        if (n == 0 || (n < 0 && errno == ECONNRESET)) return true;
+    }
+    return false;
+}
+
+long rssKiB(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmRSS:", 0) == 0) return std::stol(line.substr(6));
+    }
+    return -1;
+}
+
+// The echo service with extra environment and resource limits (set in the child); its standard
+// error is kept for the lines it logs.
+class Service {
+  public:
+    using Limits = std::vector<std::pair<int, rlim_t>>;
+    Service(const std::string& dir, const std::vector<std::string>& extraEnv,
+            const Limits& limits) {
+        std::vector<std::string> env;
+        for (char** e = environ; *e != nullptr; ++e) {
+            if (strncmp(*e, "BINDER_HOST", 11) != 0) env.emplace_back(*e);
+        }
+        env.push_back("BINDER_HOST_DIR=" + dir);
+        env.insert(env.end(), extraEnv.begin(), extraEnv.end());
+        std::vector<std::string> args = withEmulator({SOCKET_ECHO_SERVICE, kName});
+        std::vector<char*> argv;
+        for (auto& a : args) argv.push_back(a.data());
+        argv.push_back(nullptr);
+        std::vector<char*> envp;
+        for (auto& e : env) envp.push_back(e.data());
+        envp.push_back(nullptr);
+        int fds[2];
+        if (pipe2(fds, O_CLOEXEC) != 0) return;
+        std::vector<std::pair<int, rlimit>> rlimits;
+        for (const auto& [resource, value] : limits) rlimits.push_back({resource, {value, value}});
+        pid_ = fork();
+        if (pid_ == 0) {
+            dup2(fds[1], STDERR_FILENO);
+            for (const auto& [resource, value] : rlimits) {
+                if (setrlimit(resource, &value) != 0) _exit(126);
+            }
+            execvpe(argv[0], argv.data(), envp.data());
+            _exit(127);
+        }
+        close(fds[1]);
+        err_ = fds[0];
+    }
+    ~Service() {
+        if (pid_ > 0) {
+            kill(pid_, SIGKILL);
+            waitpid(pid_, nullptr, 0);
+        }
+        if (err_ >= 0) close(err_);
+    }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+
+    pid_t pid() const { return pid_; }
+
+    // Reads standard error until it holds text or 10 s passed.
+    bool logged(const std::string& text) {
+        const auto end = Clock::now() + 10s;
+        while (output_.find(text) == std::string::npos) {
+            const auto left =
+                    std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
+            if (left.count() <= 0) return false;
+            pollfd p{err_, POLLIN, 0};
+            if (poll(&p, 1, static_cast<int>(left.count())) <= 0) continue;
+            char buffer[4096];
+            const ssize_t n = read(err_, buffer, sizeof(buffer));
+            if (n <= 0) return false;
+            output_.append(buffer, static_cast<size_t>(n));
+        }
+        return true;
+    }
+    const std::string& output() const { return output_; }
+
+  private:
+    pid_t pid_ = -1;
+    int err_ = -1;
+    std::string output_;
+};
+
+class SocketLimitsTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        char base[] = "/tmp/binder_limits_testXXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(base));
+        base_ = base;
+        dir_ = base_ + "/dir";
+        ASSERT_TRUE(binder_host::setHostDirectory(dir_));
+        std::ofstream(dir_ + "/manifest") << kName << "\n";
+    }
+    void TearDown() override {
+        for (int fd : held_) close(fd);
+        binder_host::resetServiceManager();
+        binder_host::setHostDirectory("");
+        service_.reset();
+        std::filesystem::remove_all(base_);
+    }
+
+    Service& start(const std::vector<std::string>& env, const Service::Limits& limits = {}) {
+        service_ = std::make_unique<Service>(dir_, env, limits);
+        return *service_;
+    }
+    std::string socketFile() const { return dir_ + "/test.vexal.IEcho%2fdefault.sock"; }
+
+    static ndk::SpAIBinder waitForEcho() {
+        ndk::SpAIBinder binder(AServiceManager_waitForService(kName));
+        if (binder.get() != nullptr) AIBinder_associateClass(binder.get(), echoClass());
+        return binder;
+    }
+    static bool echoes(const ndk::SpAIBinder& echo, const std::string& text) {
+        std::optional<std::string> reply;
+        return callEcho(echo.get(), text, &reply) == STATUS_OK && reply == text;
+    }
+
+    // Raw sockets until the service closes one without a HELLO; how many it took.
+    size_t holdUntilRefused(size_t atMost) {
+        while (held_.size() < atMost) {
+            const int fd = connectRaw(socketFile());
+            if (fd < 0) return held_.size();
+            held_.push_back(fd);
+        }
+        return held_.size();
+    }
+    void closeHeld() {
+        for (int fd : held_) close(fd);
+        held_.clear();
+    }
+
+    std::string base_;
+    std::string dir_;
+    std::vector<int> held_;
+    std::unique_ptr<Service> service_;
+};
+
+TEST_F(SocketLimitsTest, ConnectionCapRefusesExtraSocketsAndServesTheRest) {
+    Service& service = start({"BINDER_HOST_MAX_CONNECTIONS=8"});
+    ndk::SpAIBinder echo = waitForEcho();
+    ASSERT_NE(nullptr, echo.get());
+    ASSERT_TRUE(echoes(echo, "before"));
+
+    const size_t held = holdUntilRefused(64);
+    std::cout << "[ figure ] sockets held beside the test's own at a cap of 8: " << held << "\n";
+    EXPECT_LT(held, 8u) << "the cap never refused";
+    EXPECT_GE(held, 5u) << "refused below the cap";
+    EXPECT_TRUE(service.logged("the limit (BINDER_HOST_MAX_CONNECTIONS)")) << service.output();
+    EXPECT_TRUE(echoes(echo, "while full"));
+
+    // A closed socket makes room once the service has seen it go.
+    close(held_.back());
+    held_.pop_back();
+    int again = -1;
+    const auto deadline = Clock::now() + 10s;
+    while (again < 0 && Clock::now() < deadline) again = connectRaw(socketFile());
+    EXPECT_GE(again, 0) << "a closed socket did not give its place back";
+    if (again >= 0) held_.push_back(again);
+}
+
+TEST_F(SocketLimitsTest, AcceptsAgainOnceDescriptorsAreFree) {
+    Service& service = start({}, {{RLIMIT_NOFILE, 64}});
+    ndk::SpAIBinder echo = waitForEcho();
+    ASSERT_NE(nullptr, echo.get());
+    ASSERT_TRUE(echoes(echo, "before"));
+
+    const size_t held = holdUntilRefused(256);
+    std::cout << "[ figure ] sockets held at RLIMIT_NOFILE 64: " << held << "\n";
+    EXPECT_LT(held, 64u) << "the descriptor limit never bit";
+    EXPECT_TRUE(service.logged("accept failed: Too many open files")) << service.output();
+    EXPECT_TRUE(echoes(echo, "exhausted")) << "an open connection stopped being served";
+
+    closeHeld();
+    const auto closed = Clock::now();
+    // A fresh connection, from lookup to answer.
+    echo = ndk::SpAIBinder();
+    binder_host::resetServiceManager();
+    bool served = false;
+    while (!served && Clock::now() < closed + 10s) {
+        // Not waitForService: a listener that stopped accepting must fail the test, not hang it.
+        ndk::SpAIBinder fresh(AServiceManager_checkService(kName));
+        served = fresh.get() != nullptr && AIBinder_associateClass(fresh.get(), echoClass()) &&
+                 echoes(fresh, "after");
+        if (!served) binder_host::resetServiceManager();
+    }
+    const auto took = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - closed);
+    std::cout << "[ figure ] recovered after the clients left in " << took.count() << " ms\n";
+    RecordProperty("recovery_ms", static_cast<int>(took.count()));
+    EXPECT_TRUE(served) << service.output();
+}
+
+// With little address space left, a connection that gets no thread is closed; the service lives.
+TEST_F(SocketLimitsTest, NoThreadForAConnectionRefusesOnlyThatOne) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizer's shadow memory needs more address space than the limit";
+#endif
+    if (std::getenv("VEXAL_TEST_EMULATOR") != nullptr) {
+        GTEST_SKIP() << "the emulator reserves the guest's address space up front";
+    }
+    constexpr rlim_t kStack = 8u << 20;
+    Service& service = start({}, {{RLIMIT_STACK, kStack}, {RLIMIT_AS, 16 * kStack}});
+    ndk::SpAIBinder echo = waitForEcho();
+    ASSERT_NE(nullptr, echo.get());
+    ASSERT_TRUE(echoes(echo, "before"));
+    // Each socket takes a thread (and its stack) until none can be made.
+    holdUntilRefused(64);
+    EXPECT_TRUE(service.logged("no thread for the connection")) << service.output();
+    EXPECT_TRUE(echoes(echo, "after")) << service.output();
+    EXPECT_EQ(0, waitpid(service.pid(), nullptr, WNOHANG)) << "the service ended";
+}
+
+TEST_F(SocketLimitsTest, AnnouncedFrameSizeCostsNoMemoryAndTimesOut) {
+    Service& service = start({"BINDER_HOST_FRAME_TIMEOUT_MS=1000"});
+    ndk::SpAIBinder echo = waitForEcho();
+    ASSERT_NE(nullptr, echo.get());
+    ASSERT_TRUE(echoes(echo, "before"));
+
+    constexpr size_t kClients = 50;
+    const std::vector<uint8_t> header = [] {
+        std::vector<uint8_t> bytes = frame(kTransact, {});
+        const uint32_t announced = 16u << 20;
+        memcpy(bytes.data(), &announced, 4);
+        return bytes;
+    }();
+    ASSERT_EQ(kClients, holdUntilRefused(kClients));
+    // Measured with the connections (and their threads) already there: only the headers count.
+    const long before = rssKiB(service.pid());
+    ASSERT_GT(before, 0);
+    for (int fd : held_) ASSERT_TRUE(sendExact(fd, header.data(), header.size()));
+    // The service has read every header once nothing of ours is left unread.
+    const auto deadline = Clock::now() + 10s;
+    for (int fd : held_) {
+        int unread = 1;
+        while (ioctl(fd, SIOCOUTQ, &unread) == 0 && unread > 0 && Clock::now() < deadline) {
+            std::this_thread::sleep_for(1ms);
+        }
+        ASSERT_EQ(0, unread) << "a header was never read";
+    }
+    const long after = rssKiB(service.pid());
+    std::cout << "[ figure ] service RSS with " << kClients << " idle clients " << before
+              << " KiB, once each announced a 16 MiB frame " << after << " KiB\n";
+    RecordProperty("rss_growth_kib", static_cast<int>(after - before));
+    EXPECT_LT(after - before, 16 * 1024) << "bodies are allocated before their bytes arrive";
+
+    for (int fd : held_) ASSERT_TRUE(closedByPeer(fd)) << "a half-sent frame was kept open";
+    EXPECT_TRUE(service.logged("left a frame unfinished")) << service.output();
+    EXPECT_TRUE(echoes(echo, "after"));
+}
+
+TEST_F(SocketLimitsTest, SilentSocketIsDroppedAfterTheHandshakeDeadline) {
+    Service& service = start({"BINDER_HOST_HANDSHAKE_TIMEOUT_MS=300"});
+    ndk::SpAIBinder echo = waitForEcho();
+    ASSERT_NE(nullptr, echo.get());
+    const int silent = connectUnix(socketFile());
+    ASSERT_GE(silent, 0);
+    held_.push_back(silent);
+    EXPECT_TRUE(service.logged("did not take its HELLO within 300 ms")) << service.output();
+    EXPECT_TRUE(closedByPeer(silent));
+    // A client that read its HELLO is no silent one, however long it then waits.
+    EXPECT_TRUE(echoes(echo, "kept"));
+}
+
+TEST_F(SocketLimitsTest, ClientThatNeverReadsIsDroppedWhileOthersAreServed) {
+    Service& service =
+            start({"BINDER_HOST_MAX_QUEUED_CALLS=64", "BINDER_HOST_REPLY_TIMEOUT_MS=1000"});
+    ndk::SpAIBinder echo = waitForEcho();
+    ASSERT_NE(nullptr, echo.get());
+    uint64_t ref = 0;
+    const int flooder = connectRaw(socketFile(), &ref);
+    ASSERT_GE(flooder, 0);
+    held_.push_back(flooder);
+    const int other = connectRaw(socketFile());
+    ASSERT_GE(other, 0);
+    held_.push_back(other);
+
+    // Another client on its shared stream, as the pool threads serve it.
+    std::atomic<bool> floodOver{false};
+    std::atomic<int> served{0};
+    std::atomic<int> failed{0};
+    std::atomic<long> slowestMs{0};
+    std::thread bystander([&] {
+        for (uint64_t id = 1; !floodOver || served < 5; ++id) {
+            const auto sent = Clock::now();
+            const std::vector<uint8_t> call = transactFrame(id, ref);
+            uint32_t type = 0;
+            std::vector<uint8_t> body;
+            uint64_t answered = 0;
+            const bool replied = sendExact(other, call.data(), call.size()) &&
+                                 readRawFrame(other, &type, &body) && type == kReply &&
+                                 body.size() >= 8;
+            if (replied) memcpy(&answered, body.data(), 8);
+            if (answered != id) {
+                ++failed;
+                return;
+            }
+            ++served;
+            const long ms = static_cast<long>(
+                    std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - sent)
+                            .count());
+            if (ms > slowestMs) slowestMs = ms;
+        }
+    });
+
+    timeval limit{10, 0};
+    setsockopt(flooder, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
+    size_t sent = 0;
+    bool dropped = false;
+    int sendError = 0;
+    while (sent < 200000) {
+        const std::vector<uint8_t> call = transactFrame(sent + 1, ref);
+        if (!sendExact(flooder, call.data(), call.size())) {
+            sendError = errno;
+            dropped = sendError == EPIPE || sendError == ECONNRESET;
+            break;
+        }
+        ++sent;
+    }
+    floodOver = true;
+    bystander.join();
+    std::cout << "[ figure ] the service " << (dropped ? "dropped" : "kept")
+              << " the non-reading client after " << sent << " calls; the other client got "
+              << served << " answers, the slowest in " << slowestMs << " ms\n";
+    EXPECT_TRUE(dropped) << "sent " << sent << " calls, errno " << sendError;
+    EXPECT_EQ(0, failed.load());
+    EXPECT_GE(served.load(), 5);
+    EXPECT_TRUE(service.logged("dropping the connection")) << service.output();
+    EXPECT_TRUE(echoes(echo, "after"));
+}
+
+}  // namespace
