@@ -228,12 +228,28 @@ Config parseConfig(const std::string& jsonText) {
             } else if (k == "max_text") {
                 if (n < 16 || n > 65536) fail(at, "must be 16 to 65536");
                 config.maxText = static_cast<size_t>(n);
+            } else if (auto var = transportLimitVariables().find(k);
+                       var != transportLimitVariables().end()) {
+                if (n < 1) fail(at, "must be 1 or more");
+                config.transportLimits[var->second] = static_cast<uint64_t>(n);
             } else {
                 fail(at, "unknown limit");
             }
         }
     }
     return config;
+}
+
+const std::map<std::string, std::string>& transportLimitVariables() {
+    static const std::map<std::string, std::string> variables{
+            {"max_connections", "BINDER_HOST_MAX_CONNECTIONS"},
+            {"handshake_timeout_ms", "BINDER_HOST_HANDSHAKE_TIMEOUT_MS"},
+            {"frame_timeout_ms", "BINDER_HOST_FRAME_TIMEOUT_MS"},
+            {"max_queued_calls", "BINDER_HOST_MAX_QUEUED_CALLS"},
+            {"max_queued_bytes", "BINDER_HOST_MAX_QUEUED_BYTES"},
+            {"reply_timeout_ms", "BINDER_HOST_REPLY_TIMEOUT_MS"},
+    };
+    return variables;
 }
 
 Config loadConfigFile(const std::string& path, size_t maxBytes) {

@@ -56,6 +56,10 @@ int main(int argc, char** argv) {
     }
     if (std::string err = troxd::prepareDir(dir); !err.empty()) return fail(err, 1);
     setenv("BINDER_HOST_DIR", dir.c_str(), 1);
+    // The kit reads its limits once, at its first socket: the configuration's come before.
+    for (const auto& [variable, value] : config.transportLimits) {
+        setenv(variable.c_str(), std::to_string(value).c_str(), 1);
+    }
     if (std::string err = troxd::ensureManifest(dir, sim::kTroxInstance); !err.empty()) {
         return fail(err, 1);
     }

@@ -494,15 +494,20 @@ TEST_F(LimitedServiceTest, TheTableHoldsRequestsAndListenersUpToTheLimit) {
 
 TEST(ConfigLimitsTest, LimitsAreReadAndChecked) {
     std::string json = testConfigJson();
-    json.insert(json.rfind('}'), R"(, "limits": {"max_requests": 5, "max_text": 100})");
+    json.insert(json.rfind('}'), R"(, "limits": {"max_requests": 5, "max_text": 100,
+        "max_connections": 7, "reply_timeout_ms": 250})");
     const Config config = parseConfig(json);
     EXPECT_EQ(config.maxRequests, 5u);
     EXPECT_EQ(config.maxText, 100u);
+    EXPECT_EQ(config.transportLimits,
+              (std::map<std::string, uint64_t>{{"BINDER_HOST_MAX_CONNECTIONS", 7},
+                                               {"BINDER_HOST_REPLY_TIMEOUT_MS", 250}}));
     const Config defaults = parseConfig(testConfigJson());
     EXPECT_EQ(defaults.maxRequests, 1024u);
     EXPECT_EQ(defaults.maxText, 256u);
+    EXPECT_TRUE(defaults.transportLimits.empty());
     for (const char* bad : {R"({"max_requests": 0})", R"({"max_text": 8})", R"({"max_pid": 3})",
-                            R"([1])"}) {
+                            R"({"max_connections": 0})", R"([1])"}) {
         std::string j = testConfigJson();
         j.insert(j.rfind('}'), std::string(R"(, "limits": )") + bad);
         EXPECT_THROW(parseConfig(j), ConfigError) << bad;

@@ -46,7 +46,13 @@ struct Config {
     // text a caller leaves behind (package, identity, property key, thermal level).
     size_t maxRequests = 1024;
     size_t maxText = 256;
+    // What one socket client can cost troxd, by the binder kit's variable that carries it
+    // (BINDER_HOST_MAX_CONNECTIONS and the others); unset ones keep the kit's defaults.
+    std::map<std::string, uint64_t> transportLimits;
 };
+
+// The "limits" keys troxd hands to the socket transport, and the variable each one sets.
+const std::map<std::string, std::string>& transportLimitVariables();
 
 // Configuration files larger than this are refused before they are parsed.
 inline constexpr size_t kDefaultMaxConfigBytes = 1 << 20;
