@@ -1,12 +1,8 @@
-#include "../kit/SpawnProgram.h"
+#include "../kit/ChildProcess.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -14,12 +10,10 @@
 #include <fstream>
 #include <regex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "Daemon.h"
 
-extern char** environ;
 
 namespace {
 
@@ -40,68 +34,15 @@ std::string slurp(const std::string& path) {
 }
 
 // troxd as a child process with its standard error on a pipe.
-class Daemon {
+class Daemon : public vexal::testing::ChildProcess {
   public:
-    explicit Daemon(std::vector<std::string> args) {
-        int fds[2];
-        if (pipe2(fds, O_CLOEXEC) != 0) return;
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, fds[1], STDERR_FILENO);
-        args.insert(args.begin(), TROXD_PATH);
-        if (vexal::testing::spawnProgram(&pid_, args, &actions, environ) != 0) pid_ = -1;
-        posix_spawn_file_actions_destroy(&actions);
-        close(fds[1]);
-        err_ = fds[0];
-    }
-    ~Daemon() {
-        if (pid_ > 0 && !reaped_) {
-            kill(pid_, SIGKILL);
-            waitpid(pid_, nullptr, 0);
-        }
-        if (err_ >= 0) close(err_);
-    }
-
-    // Reads standard error until it holds `text` or the timeout passes.
-    bool waitForOutput(const std::string& text, std::chrono::milliseconds timeout) {
-        const auto end = std::chrono::steady_clock::now() + timeout;
-        while (output_.find(text) == std::string::npos) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                    end - std::chrono::steady_clock::now());
-            if (left.count() <= 0) return false;
-            pollfd p{err_, POLLIN, 0};
-            if (poll(&p, 1, static_cast<int>(left.count())) <= 0) continue;
-            char buf[4096];
-            const ssize_t n = read(err_, buf, sizeof(buf));
-            if (n <= 0) return output_.find(text) != std::string::npos;
-            output_.append(buf, static_cast<size_t>(n));
-        }
-        return true;
-    }
-
-    // Exit status, or -1 when it did not end within the timeout.
-    int waitForExit(std::chrono::milliseconds timeout) {
-        const auto end = std::chrono::steady_clock::now() + timeout;
-        while (std::chrono::steady_clock::now() < end) {
-            int status = 0;
-            if (waitpid(pid_, &status, WNOHANG) == pid_) {
-                reaped_ = true;
-                waitForOutput("\x01", std::chrono::milliseconds(200));  // collects what is left
-                return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        return -1;
-    }
-
-    pid_t pid() const { return pid_; }
-    const std::string& output() const { return output_; }
+    explicit Daemon(std::vector<std::string> args) : ChildProcess(withProgram(std::move(args))) {}
 
   private:
-    pid_t pid_ = -1;
-    int err_ = -1;
-    bool reaped_ = false;
-    std::string output_;
+    static std::vector<std::string> withProgram(std::vector<std::string> args) {
+        args.insert(args.begin(), TROXD_PATH);
+        return args;
+    }
 };
 
 constexpr auto kTimeout = std::chrono::seconds(10);
