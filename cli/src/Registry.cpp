@@ -1,5 +1,7 @@
 #include "Registry.h"
 
+#include <algorithm>
+
 namespace pymctl {
 
 const std::vector<Command>& allCommands() {
@@ -36,10 +38,11 @@ std::string toolHelp() {
             "  --verbose           show the library's and the service's log on standard error\n"
             "\n"
             "Subcommands:\n";
+    // The summary column starts two blanks after the longest name, so no name is ever cut.
+    size_t widest = 0;
+    for (const auto& c : allCommands()) widest = std::max(widest, c.name.size());
     for (const auto& c : allCommands()) {
-        std::string name = "  " + c.name;
-        name.resize(18, ' ');
-        s += name + c.summary + "\n";
+        s += "  " + c.name + std::string(widest - c.name.size() + 2, ' ') + c.summary + "\n";
     }
     s += "\n'pymctl SUBCOMMAND --help' describes one subcommand. Resource ids are decimal or 0x\n"
          "hexadecimal; exit status 0 on success, 1 when the service refused or failed, 2 for bad\n"

@@ -1,3 +1,5 @@
+// Differs from the client class's "TROXFramework-lib-vendor" on purpose: the callback client's
+// lines have always carried this spelling. Not a slip; do not align the two.
 #define LOG_TAG "TroxFramework-lib-vendor"
 #include "TroxCallbackClient.h"
 

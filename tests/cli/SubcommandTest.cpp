@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "PymctlRunner.h"
+#include "Registry.h"
 
 using pymctl_test::Outcome;
 using pymctl_test::runPymctl;
@@ -162,14 +163,16 @@ TEST(PymctlSubcommand, LibraryLogStaysOffStandardErrorUnlessVerbose) {
 }
 
 TEST(PymctlSubcommand, HelpForTheToolAndEachSubcommand) {
-    Outcome tool = ok({"--help"});
-    for (const char* name : {"init",           "acquire", "oneway", "release",  "notify",
-                             "wrapper-notify", "rule",    "state",  "history",  "pm-status",
-                             "feature",        "dataset", "resctl", "scenario", "listen",
-                             "thermal",        "dump",    "prop",   "actions",  "demo"}) {
-        EXPECT_THAT(tool.out, HasSubstr("\n  " + std::string(name) + " ")) << name;
-        Outcome one = ok({name, "--help"});
-        EXPECT_THAT(one.out, HasSubstr("usage: pymctl " + std::string(name))) << name;
+    const std::string tool = ok({"--help"}).out;
+    ASSERT_FALSE(pymctl::allCommands().empty());
+    for (const pymctl::Command& c : pymctl::allCommands()) {
+        // The whole name, at least two blanks, then the summary: nothing cut or run together.
+        const std::string lead = "\n  " + c.name + "  ";
+        const size_t at = tool.find(lead);
+        ASSERT_NE(at, std::string::npos) << c.name;
+        const size_t from = tool.find_first_not_of(' ', at + lead.size());
+        EXPECT_EQ(tool.substr(from, c.summary.size() + 1), c.summary + "\n") << c.name;
+        EXPECT_THAT(ok({c.name, "--help"}).out, HasSubstr("usage: pymctl " + c.name)) << c.name;
     }
     EXPECT_THAT(ok({"acquire", "--help"}).out, HasSubstr("--action NAME"));
 }
