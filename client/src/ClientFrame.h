@@ -1,6 +1,7 @@
 #pragma once
 
 #include "link/RequestEntries.h"
+#include "link/RequestType.h"
 #include "link/TroxHalConnection.h"
 
 #include <android/log.h>
@@ -14,6 +15,7 @@ using ::aidl::vendor::vexal::hardware::trox::ITrox;
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestData;
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 using link::CallResult;
+using link::RequestType;
 
 // The frame with the failure left to the caller: for members that hold callback_group_mutex
 // past the call, so that the exclusive reset is never awaited while holding it (a registering

@@ -8,11 +8,11 @@
 #include <cstring>
 
 using vexal::client::ITrox;
+using vexal::client::RequestType;
 using vexal::client::TroxRequestParcel;
 
 namespace {
 
-constexpr int kDiagnostics = 5;
 constexpr size_t kPropertySize = 256;
 
 // Asks the service to act on one of its tables, chosen by `selector`.
@@ -21,7 +21,7 @@ int diagnostic(const char* name, int selector) {
     int32_t out = -1;
     vexal::link::callTroxHal(name, [&](ITrox& hal) {
         TroxRequestParcel parcel;
-        parcel.requestType = kDiagnostics;
+        parcel.requestType = toWire(RequestType::kDiagnostics);
         parcel.param = 1;
         parcel.requestData.push_back(vexal::link::idEntry(selector));
         return hal.troxResCtlRequest(parcel, &out);

@@ -10,13 +10,8 @@
 
 using vexal::client::CallResult;
 using vexal::client::ITrox;
+using vexal::client::RequestType;
 using vexal::client::TroxRequestParcel;
-
-namespace {
-
-constexpr int kThermalNotification = 7;
-
-}  // namespace
 
 int troxHalclient::troxResListeningRegister(ResourceList& resources, int value,
                                             const std::shared_ptr<IClientCallback>& callback) {
@@ -90,7 +85,7 @@ int troxHalclient::troxThermalNotify(ResourceList& resources, int value) {
                     ALOGE("troxThermalNotify ERROR: size unmatched for id and level ");
                     return std::nullopt;
                 }
-                parcel.requestType = kThermalNotification;
+                parcel.requestType = toWire(RequestType::kThermalNotify);
                 parcel.requestData = vexal::client::resourceEntries(resources);
                 return hal.troxResCtlRequest(parcel, &out);
             });

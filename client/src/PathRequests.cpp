@@ -9,17 +9,16 @@
 
 using vexal::client::CallResult;
 using vexal::client::ITrox;
+using vexal::client::RequestType;
 using vexal::client::TroxRequestData;
 using vexal::client::TroxRequestParcel;
 
 namespace {
 
-constexpr int kResourceControl = 1;
-
 TroxRequestParcel pathControlParcel(int handle, long duration, int param, int flag, int pid) {
     TroxRequestParcel parcel;
     troxHalclient::trox_add_zdbdebug_for_request_parcel(parcel);
-    parcel.requestType = kResourceControl;
+    parcel.requestType = toWire(RequestType::kResourceControl);
     parcel.flag = flag >= 1;
     parcel.param = param;
     parcel.pid = pid;
@@ -137,6 +136,7 @@ int troxHalclient::trox_res_state_request_by_path(const std::vector<std::string>
     std::vector<TroxRequestData> reply;
     const auto called = vexal::link::callTroxHal("trox_res_state_request", [&](ITrox& hal) {
         TroxRequestParcel parcel = taggedParcel(value);
+        parcel.requestType = toWire(RequestType::kStateQuery);
         // Values count only when there is one for every path.
         if (!values.empty() && values.size() == paths.size()) {
             parcel.requestData = pathEntries(paths, values);
@@ -159,6 +159,7 @@ int troxHalclient::trox_res_state_request_map_by_path(
     std::vector<TroxRequestData> reply;
     const auto called = vexal::link::callTroxHal("trox_res_state_request_map", [&](ITrox& hal) {
         TroxRequestParcel parcel = taggedParcel(value);
+        parcel.requestType = toWire(RequestType::kStateQuery);
         for (const auto& [path, text] : request) {
             parcel.requestData.push_back(vexal::client::pathEntry(path, text));
         }

@@ -8,18 +8,17 @@
 #include <optional>
 
 using vexal::client::ITrox;
+using vexal::client::RequestType;
 using vexal::client::TroxRequestParcel;
 
 namespace {
-
-constexpr int kResourceControl = 1;
 
 TroxRequestParcel resourceControlParcel(int handle, int duration,
                                         const std::list<PymClient::Resource>& resources, int param,
                                         int flag, int pid) {
     TroxRequestParcel parcel;
     parcel.flag = flag >= 1;
-    parcel.requestType = kResourceControl;
+    parcel.requestType = toWire(RequestType::kResourceControl);
     parcel.handle = handle;
     parcel.duration = duration;
     parcel.param = param;

@@ -6,15 +6,14 @@
 #include <log/log.h>
 
 using vexal::client::ITrox;
+using vexal::client::RequestType;
 using vexal::client::TroxRequestParcel;
 
 namespace {
 
-constexpr int kScenarioControl = 2;
-
 TroxRequestParcel scenarioParcel(int handle, int duration, int id, int param, int flag, int pid) {
     TroxRequestParcel parcel;
-    parcel.requestType = kScenarioControl;
+    parcel.requestType = toWire(RequestType::kScenario);
     parcel.flag = flag >= 1;
     parcel.param = param;
     parcel.pid = pid;

@@ -5,6 +5,7 @@
 #include <log/log.h>
 
 using vexal::client::ITrox;
+using vexal::client::RequestType;
 using vexal::client::TroxRequestData;
 using vexal::client::TroxRequestParcel;
 
@@ -13,6 +14,7 @@ int troxHalclient::troxResStateRequest(ResourceList& request, int pid, ResourceL
     std::vector<TroxRequestData> reply;
     const auto called = vexal::link::callTroxHal("troxResStateRequest", [&](ITrox& hal) {
         TroxRequestParcel parcel;
+        parcel.requestType = toWire(RequestType::kStateQuery);
         parcel.pid = pid;
         // Unlike a control request, the list is sent unchecked.
         parcel.requestData = vexal::client::resourceEntries(request);

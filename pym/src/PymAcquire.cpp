@@ -2,6 +2,7 @@
 #include "PymHalConnection.h"
 #include "PymTrace.h"
 #include "link/RequestEntries.h"
+#include "link/RequestType.h"
 #include "pym.h"
 
 #include <binder/IPCThreadState.h>
@@ -11,6 +12,7 @@
 
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 using vexal::link::ITrox;
+using vexal::link::RequestType;
 using vexal::pym::CallResult;
 
 namespace {
@@ -28,14 +30,14 @@ std::string summary(int32_t cmdid, const std::string& pkg, const std::string& id
            " identity:" + orNone(identity) + " duration:" + std::to_string(duration);
 }
 
-int32_t requestKind(int32_t cmdid) {
+RequestType requestKind(int32_t cmdid) {
     switch (cmdid) {
         case kResourceAcquisition:
-            return 1;
+            return RequestType::kResourceControl;
         case kPlatformAcquisition:
-            return 12;
+            return RequestType::kPlatformResource;
         default:
-            return 8;
+            return RequestType::kEvent;
     }
 }
 
@@ -44,7 +46,7 @@ TroxRequestParcel eventParcel(int32_t cmdid, const std::string& pkg, const std::
                               int32_t duration, const std::vector<PymClient::Resource>& resources,
                               bool logEntries) {
     TroxRequestParcel parcel;
-    parcel.requestType = requestKind(cmdid);
+    parcel.requestType = toWire(requestKind(cmdid));
     parcel.identity = identity;
     parcel.duration = duration;
     parcel.pkg = pkg;

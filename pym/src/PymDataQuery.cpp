@@ -1,6 +1,7 @@
 #define LOG_TAG "[PYM_CLIENT]"
 #include "PymHalConnection.h"
 #include "link/RequestEntries.h"
+#include "link/RequestType.h"
 #include "pym.h"
 
 #include <log/log.h>
@@ -12,17 +13,18 @@
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestData;
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 using vexal::link::ITrox;
+using vexal::link::RequestType;
 using vexal::pym::CallResult;
 
 namespace {
 
-TroxRequestParcel queryParcel(int32_t kind) {
+TroxRequestParcel queryParcel(RequestType kind) {
     TroxRequestParcel parcel;
-    parcel.requestType = kind;
+    parcel.requestType = toWire(kind);
     return parcel;
 }
 
-TroxRequestParcel queryParcel(int32_t kind, int32_t id) {
+TroxRequestParcel queryParcel(RequestType kind, int32_t id) {
     TroxRequestParcel parcel = queryParcel(kind);
     parcel.requestData.push_back(vexal::link::idEntry(id));
     return parcel;
@@ -53,7 +55,7 @@ int32_t PymGetHistory(std::string& history) {
     ALOGI("pym client PymGetHistory");
     if (!vexal::pym::connectPymHal()) return -1;
     std::vector<TroxRequestData> reply;
-    auto result = stateQuery("PymGetHistory", queryParcel(11), reply,
+    auto result = stateQuery("PymGetHistory", queryParcel(RequestType::kHistory), reply,
                              [] { ALOGI("pym client hal PymGetHistory"); });
     if (result == CallResult::kNoService) return -1;
     if (result != CallResult::kOk || reply.empty()) {
@@ -75,8 +77,8 @@ int32_t PymGetPMStatus(int32_t mode) {
     ALOGI("pym client PymGetPMStatus");
     if (!vexal::pym::connectPymHal()) return -1;
     std::vector<TroxRequestData> reply;
-    auto result = stateQuery("PymGetPMStatus", queryParcel(13, mode), reply,
-                             [] { ALOGI("pym client hal PymGetPMStatus"); });
+    auto result = stateQuery("PymGetPMStatus", queryParcel(RequestType::kPowerModeStatus, mode),
+                             reply, [] { ALOGI("pym client hal PymGetPMStatus"); });
     if (result == CallResult::kNoService) return -1;
     if (result == CallResult::kOk && !reply.empty() && reply.front().res_Value) {
         // Conversion errors go to standard output by choice; this is the only query that
@@ -98,7 +100,8 @@ int32_t Pym_fetch_dataset(std::vector<PymClient::Resource>& dataset) {
     ALOGI("Pym_fetch_dataset enter");
     if (!vexal::pym::connectPymHal()) return -1;
     std::vector<TroxRequestData> reply;
-    if (stateQuery("Pym_fetch_dataset", queryParcel(16), reply) != CallResult::kOk) return -1;
+    const TroxRequestParcel parcel = queryParcel(RequestType::kDataset);
+    if (stateQuery("Pym_fetch_dataset", parcel, reply) != CallResult::kOk) return -1;
     if (reply.empty()) {
         ALOGE("failed to get resource value");
         return -1;
@@ -119,7 +122,8 @@ int32_t PymGetFeatureStatus(int32_t feature) {
         return -1;
     }
     std::vector<TroxRequestData> reply;
-    if (stateQuery("PymGetFeatureStatus", queryParcel(17, feature), reply) != CallResult::kOk) {
+    if (stateQuery("PymGetFeatureStatus", queryParcel(RequestType::kFeatureStatus, feature),
+                   reply) != CallResult::kOk) {
         return -1;
     }
     if (reply.size() == 1) return std::stoi(reply.front().res_Value.value());

@@ -1,6 +1,7 @@
 #define LOG_TAG "[PYM_CLIENT]"
 #include "PymHalConnection.h"
 #include "link/RequestEntries.h"
+#include "link/RequestType.h"
 #include "pym.h"
 
 #include <log/log.h>
@@ -10,6 +11,7 @@
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestData;
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 using vexal::link::ITrox;
+using vexal::link::RequestType;
 using vexal::pym::CallResult;
 
 namespace {
@@ -25,7 +27,7 @@ int32_t PymNotify(int32_t idLow, int32_t idHigh, const std::vector<int32_t>& val
     int32_t out = -1;
     if (!vexal::pym::connectPymHal()) return -1;
     TroxRequestParcel parcel;
-    parcel.requestType = 10;
+    parcel.requestType = toWire(RequestType::kNotification);
     TroxRequestData entry;
     entry.res_Id =
             static_cast<int64_t>((static_cast<uint64_t>(static_cast<uint32_t>(idHigh)) << 32) |

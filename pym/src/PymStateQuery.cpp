@@ -1,6 +1,7 @@
 #define LOG_TAG "[PYM_CLIENT]"
 #include "PymHalConnection.h"
 #include "link/RequestEntries.h"
+#include "link/RequestType.h"
 #include "pym.h"
 
 #include <log/log.h>
@@ -12,6 +13,7 @@
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestData;
 using ::aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 using vexal::link::ITrox;
+using vexal::link::RequestType;
 using vexal::pym::CallResult;
 
 namespace {
@@ -29,6 +31,7 @@ int32_t PymMutiResStateRequest(std::vector<PymClient::Resource>& resources) {
     }
     // Only ids are asked for: the values the caller holds now are not sent.
     TroxRequestParcel parcel;
+    parcel.requestType = toWire(RequestType::kStateQuery);
     for (const auto& resource : resources) {
         parcel.requestData.push_back(vexal::link::idEntry(resource.id));
     }
@@ -78,7 +81,7 @@ int32_t PymGetPowerConsis() {
     if (!vexal::pym::connectPymHal()) return -1;
     std::string text;
     TroxRequestParcel parcel;
-    parcel.requestType = 15;
+    parcel.requestType = toWire(RequestType::kPowerConsistency);
     parcel.pkg = "none";
     for (const char* arguments : {"0 1 35", "1 1 35", "2 1 35"}) {
         TroxRequestData entry = vexal::link::idEntry(kPowerConsistencyOpcode);

@@ -5,89 +5,17 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <cinttypes>
-#include <ctime>
 #include <thread>
+
+#include "Diagnostics.h"
+#include "Queries.h"
+#include "RequestText.h"
 
 namespace sim {
 namespace {
-
-int32_t low32(int64_t id) {
-    return static_cast<int32_t>(static_cast<uint32_t>(static_cast<uint64_t>(id)));
-}
-
-bool parseValue(const std::string& text, int64_t* out) {
-    size_t b = 0;
-    size_t e = text.size();
-    while (b < e && std::isspace(static_cast<unsigned char>(text[b]))) ++b;
-    while (e > b && std::isspace(static_cast<unsigned char>(text[e - 1]))) --e;
-    if (b == e) return false;
-    const std::string t = text.substr(b, e - b);
-    try {
-        size_t used = 0;
-        const long long v = std::stoll(t, &used, 10);
-        if (used != t.size()) return false;
-        *out = v;
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
-}
-
-std::string hexId(int32_t id) {
-    char buf[16];
-    snprintf(buf, sizeof(buf), "0x%08" PRIx32, static_cast<uint32_t>(id));
-    return buf;
-}
-
-std::string orNone(const std::optional<std::string>& s) {
-    return s && !s->empty() ? *s : std::string("none");
-}
-
-const char* typeName(int32_t type) {
-    switch (type) {
-        case kStateQuery:
-            return "state";
-        case kResourceControl:
-            return "resctl";
-        case kScenario:
-            return "scenario";
-        case kDiagnostics:
-            return "diagnostics";
-        case kThermalNotify:
-            return "thermal-notify";
-        case kEvent:
-            return "event";
-        case kNotification:
-            return "notify";
-        case kHistory:
-            return "history";
-        case kPlatformResource:
-            return "platform-resctl";
-        case kPowerModeStatus:
-            return "pm-status";
-        case kPowerConsistency:
-            return "power-consistency";
-        case kDataset:
-            return "dataset";
-        case kFeatureStatus:
-            return "feature";
-        default:
-            return "unknown";
-    }
-}
-
-std::string settingsText(const std::vector<Setting>& settings) {
-    std::string out = "[";
-    for (size_t i = 0; i < settings.size(); ++i) {
-        if (i != 0) out += ", ";
-        out += hexId(settings[i].id) + "=" + std::to_string(settings[i].value);
-    }
-    return out + "]";
-}
 
 void upsert(std::vector<Setting>& settings, const Setting& s) {
     for (Setting& existing : settings) {
@@ -108,8 +36,8 @@ TroxService::TroxService(Config config, std::shared_ptr<Clock> clock, std::strin
       clock_(clock ? std::move(clock) : std::make_shared<SteadyClock>()),
       tag_(std::move(logTag)),
       model_(config_.resources),
-      properties_(config_.properties),
-      historyOn_(config_.historyEnabled) {
+      properties_(config_.properties, config_.maxRequests, tag_),
+      history_(clock_, config_.historySize, config_.historyEnabled) {
     SLOG(ANDROID_LOG_INFO, "service ready: %zu resources, %zu actions, %zu scenarios, %zu rules",
          config_.resources.size(), config_.actions.size(), config_.scenarios.size(),
          config_.rules.size());
@@ -167,13 +95,12 @@ size_t TroxService::historySize() {
 
 bool TroxService::historyEnabled() {
     std::lock_guard<std::mutex> lock(mutex_);
-    return historyOn_;
+    return history_.enabled();
 }
 
 std::string TroxService::property(const std::string& key) {
     std::lock_guard<std::mutex> lock(mutex_);
-    auto it = properties_.find(key);
-    return it == properties_.end() ? std::string() : it->second;
+    return properties_.value(key);
 }
 
 ndk::ScopedAStatus TroxService::enter(const char* op) {
@@ -219,18 +146,6 @@ bool TroxService::resolve(const TroxRequestData& entry, Setting* setting, bool* 
     return true;
 }
 
-TroxRequestData TroxService::recordFor(int32_t id, bool byPath) const {
-    TroxRequestData d;
-    const ResourceDef* def = model_.find(id);
-    if (byPath && def != nullptr && !def->path.empty()) {
-        d.res_Path = def->path;
-    } else {
-        d.res_Id = static_cast<int64_t>(static_cast<uint32_t>(id));
-    }
-    d.res_Value = std::to_string(model_.value(id));
-    return d;
-}
-
 void TroxService::notifyChanges(const std::vector<Change>& changes, Deliveries& out) {
     if (changes.empty()) return;
     for (const Change& c : changes) {
@@ -243,7 +158,7 @@ void TroxService::notifyChanges(const std::vector<Change>& changes, Deliveries& 
         std::vector<TroxRequestData> records;
         for (const Change& c : changes) {
             if (!l.ids.empty() && l.ids.count(c.id) == 0) continue;
-            records.push_back(recordFor(c.id, l.byPath));
+            records.push_back(recordFor(model_, c.id, l.byPath));
         }
         if (!records.empty()) out.push_back({l.callback, std::move(records), handle});
     }
@@ -342,34 +257,6 @@ void TroxService::send(std::unique_lock<std::mutex>& state, Deliveries deliverie
             requests_.unreserve(handle);
         }
     }
-}
-
-void TroxService::record(const std::string& op, int32_t pid, const std::string& line) {
-    if (!historyOn_) return;
-    const int64_t wall = clock_->wallMs();
-    const std::time_t secs = static_cast<std::time_t>(wall / 1000);
-    std::tm tm{};
-    localtime_r(&secs, &tm);
-    char stamp[48];
-    snprintf(stamp, sizeof(stamp), "%02d-%02d %02d:%02d:%02d.%03d", tm.tm_mon + 1, tm.tm_mday,
-             tm.tm_hour, tm.tm_min, tm.tm_sec, static_cast<int>(wall % 1000));
-    TroxRequestData d;
-    d.res_Id = ++historySeq_;
-    d.res_Value = op;
-    d.res_Extra = std::string(stamp) + " pid=" + std::to_string(pid) + " " + op + " " + line;
-    history_.push_back(std::move(d));
-    while (history_.size() > config_.historySize) history_.pop_front();
-}
-
-std::string TroxService::describe(const Request& r) const {
-    std::string s = "handle=" + std::to_string(r.handle) + " kind=" + typeName(r.requestType);
-    if (r.requestType == kEvent) s += " action=" + std::to_string(r.source);
-    if (r.requestType == kScenario) s += " scenario=" + std::to_string(r.source);
-    s += " pid=" + std::to_string(r.pid) + " pkg=" + (r.pkg.empty() ? "none" : r.pkg) +
-         " identity=" + (r.identity.empty() ? "none" : r.identity);
-    s += r.deadlineMs ? " duration=" + std::to_string(*r.deadlineMs - r.startMs) + "ms"
-                      : std::string(" duration=until-release");
-    return s + " settings=" + settingsText(r.settings);
 }
 
 // ---- request handling ----
@@ -471,134 +358,11 @@ int32_t TroxService::acquire(const TroxRequestParcel& request, bool oneWay, Deli
 }
 
 int32_t TroxService::diagnostics(const TroxRequestParcel& request) {
-    if (request.requestData.empty()) {
-        SLOG(ANDROID_LOG_ERROR, "diagnostic request without a selector");
-        return 0;
-    }
-    const int32_t selector = low32(request.requestData[0].res_Id);
+    std::map<int32_t, int32_t> listenerPids;
+    for (const auto& [handle, l] : listeners_) listenerPids[handle] = l.pid;
     const int64_t now = clock_->nowMs();
-    auto line = [this](const std::string& s) { SLOG(ANDROID_LOG_INFO, "%s", s.c_str()); };
-    switch (selector) {
-        case kDumpToDoQueue: {
-            line("dump to-do queue: requests waiting for their end");
-            for (const Request* r : requests_.all()) {
-                if (!r->deadlineMs) continue;
-                line("  handle " + std::to_string(r->handle) + " ends in " +
-                     std::to_string(*r->deadlineMs - now) + " ms");
-            }
-            break;
-        }
-        case kDumpRunMap:
-            line("dump run map: " + std::to_string(requests_.size()) + " live requests");
-            for (const Request* r : requests_.all()) line("  " + describe(*r));
-            break;
-        case kDumpActiveResMap:
-            line("dump active resources: resources away from their default");
-            for (const ResourceDef& s : model_.defs()) {
-                if (model_.value(s.id) == s.defaultValue) continue;
-                line("  " + hexId(s.id) + " " + s.name + " = " +
-                     std::to_string(model_.value(s.id)) + " (default " +
-                     std::to_string(s.defaultValue) + ", " +
-                     std::to_string(model_.holderCount(s.id)) + " holders)");
-            }
-            break;
-        case kDumpResRequest:
-            line("dump resource requests: what each holder asks for");
-            for (const Request* r : requests_.all()) {
-                line("  request " + std::to_string(r->handle) + " " + settingsText(r->settings));
-            }
-            for (const auto& [rule, status] : ruleStatus_) {
-                std::vector<Setting> held;
-                for (const auto& [id, v] : model_.heldBy({Holder::Type::kRule, rule})) {
-                    held.push_back({id, v});
-                }
-                line("  rule " + std::to_string(rule) + " status " + std::to_string(status) + " " +
-                     settingsText(held));
-            }
-            break;
-        case kDumpResInfo:
-            line("dump resource info: " + std::to_string(model_.defs().size()) + " resources");
-            for (const ResourceDef& s : model_.defs()) {
-                line("  " + hexId(s.id) + " " + s.name + " " +
-                     (s.kind == Kind::kBoost ? "boost" : "limit") + " default " +
-                     std::to_string(s.defaultValue) + " range [" + std::to_string(s.min) + ", " +
-                     std::to_string(s.max) + "] now " + std::to_string(model_.value(s.id)) +
-                     (s.path.empty() ? "" : " path " + s.path));
-            }
-            break;
-        case kDumpSAInfo:
-            line("dump scenarios: " + std::to_string(config_.scenarios.size()) + " configured");
-            for (const auto& [id, sc] : config_.scenarios) {
-                line("  scenario " + std::to_string(id) + " " + sc.name + " " +
-                     settingsText(sc.settings));
-            }
-            break;
-        case kDumpPidFdList:
-        case kDumpPidfdMonitorMap: {
-            std::map<int32_t, std::vector<int32_t>> byPid;
-            for (const Request* r : requests_.all()) byPid[r->pid].push_back(r->handle);
-            for (const auto& [handle, l] : listeners_) byPid[l.pid].push_back(handle);
-            line(std::string(selector == kDumpPidFdList ? "dump pid list"
-                                                        : "dump pid monitor map") +
-                 ": " + std::to_string(byPid.size()) + " client processes");
-            for (const auto& [pid, handles] : byPid) {
-                std::string hs;
-                for (int32_t h : handles) hs += " " + std::to_string(h);
-                line("  pid " + std::to_string(pid) + " handles" + hs);
-            }
-            break;
-        }
-        case kDumpResRecordList:
-            line("dump request records: " + std::to_string(history_.size()) + " kept, recording " +
-                 (historyOn_ ? "on" : "off"));
-            for (const TroxRequestData& d : history_) line("  " + d.res_Extra.value_or(""));
-            break;
-        case kHistoryOn:
-            historyOn_ = true;
-            line("request history recording on");
-            break;
-        case kHistoryOff:
-            historyOn_ = false;
-            line("request history recording off");
-            break;
-        default:
-            SLOG(ANDROID_LOG_WARN, "unknown diagnostic selector %d", selector);
-            return 0;
-    }
-    return 1;
-}
-
-int32_t TroxService::thermalNotify(const TroxRequestParcel& request, Deliveries& out) {
-    if (request.requestData.empty()) {
-        SLOG(ANDROID_LOG_WARN, "thermal notification without levels");
-        return 0;
-    }
-    for (const TroxRequestData& e : request.requestData) {
-        if (!textFits("thermal level", e.res_Value, AIBinder_getCallingPid())) return 0;
-        if (thermalLevels_.count(low32(e.res_Id)) == 0 &&
-            thermalLevels_.size() >= config_.maxRequests) {
-            SLOG(ANDROID_LOG_ERROR, "thermal levels refused: %zu ids known, the limit",
-                 thermalLevels_.size());
-            return 0;
-        }
-    }
-    for (const TroxRequestData& e : request.requestData) {
-        thermalLevels_[low32(e.res_Id)] = e.res_Value.value_or("");
-        SLOG(ANDROID_LOG_INFO, "thermal %d level %s", low32(e.res_Id), orNone(e.res_Value).c_str());
-    }
-    for (const auto& [handle, l] : listeners_) {
-        if (!l.thermal) continue;
-        std::vector<TroxRequestData> records;
-        for (const TroxRequestData& e : request.requestData) {
-            if (!l.ids.empty() && l.ids.count(low32(e.res_Id)) == 0) continue;
-            TroxRequestData d;
-            d.res_Id = static_cast<int64_t>(static_cast<uint32_t>(low32(e.res_Id)));
-            d.res_Value = e.res_Value.value_or("");
-            records.push_back(std::move(d));
-        }
-        if (!records.empty()) out.push_back({l.callback, std::move(records), handle});
-    }
-    return 1;
+    const DiagnosticInputs in{config_, model_, requests_, ruleStatus_, listenerPids, now};
+    return runDiagnostic(request, in, history_, tag_.c_str());
 }
 
 int32_t TroxService::control(const TroxRequestParcel& request, bool oneWay, Deliveries& out) {
@@ -615,7 +379,7 @@ int32_t TroxService::control(const TroxRequestParcel& request, bool oneWay, Deli
                 const Request* r = requests_.find(result);
                 if (r != nullptr) {
                     for (const Setting& s : r->settings)
-                        reply.push_back(recordFor(s.id, r->byPath));
+                        reply.push_back(recordFor(model_, s.id, r->byPath));
                 }
             }
             break;
@@ -718,181 +482,9 @@ ndk::ScopedAStatus TroxService::troxResStateRequest(const TroxRequestParcel& req
     std::unique_lock<std::mutex> lock(mutex_);
     Deliveries out;
     expireLocked(out);
-    std::vector<TroxRequestData>& reply = *_aidl_return;
-    reply.clear();
-    auto numbered = [](int32_t id, const std::string& value) {
-        TroxRequestData d;
-        d.res_Id = static_cast<int64_t>(static_cast<uint32_t>(id));
-        d.res_Value = value;
-        return d;
-    };
-    const auto& data = request.requestData;
-    switch (request.requestType) {
-        case kStateQuery:
-            if (data.empty()) {
-                for (const ResourceDef& s : model_.defs()) reply.push_back(recordFor(s.id, false));
-            }
-            for (const TroxRequestData& e : data) {
-                if (e.res_Path && !e.res_Path->empty()) {
-                    const ResourceDef* def = model_.findByPath(*e.res_Path);
-                    if (def == nullptr) {
-                        SLOG(ANDROID_LOG_WARN, "state of unknown path %s", e.res_Path->c_str());
-                        continue;
-                    }
-                    reply.push_back(recordFor(def->id, true));
-                    continue;
-                }
-                const int32_t id = low32(e.res_Id);
-                if (id == kPowerConsistencyId) {
-                    reply.push_back(numbered(id, config_.powerConsistency));
-                } else if (model_.find(id) != nullptr) {
-                    reply.push_back(recordFor(id, false));
-                } else {
-                    SLOG(ANDROID_LOG_WARN, "state of unknown resource %s", hexId(id).c_str());
-                }
-            }
-            break;
-        case kHistory:
-            reply.assign(history_.begin(), history_.end());
-            break;
-        case kPowerModeStatus: {
-            const int32_t mode = data.empty() ? 0 : low32(data[0].res_Id);
-            auto it = config_.powerModes.find(mode);
-            if (it != config_.powerModes.end()) {
-                reply.push_back(numbered(mode, it->second));
-            } else {
-                SLOG(ANDROID_LOG_WARN, "unknown power mode %d", mode);
-            }
-            break;
-        }
-        case kPowerConsistency:
-            reply.push_back(numbered(kPowerConsistencyId, config_.powerConsistency));
-            break;
-        case kDataset:
-            for (const auto& [id, value] : config_.dataset) reply.push_back(numbered(id, value));
-            break;
-        case kFeatureStatus: {
-            const int32_t feature = data.empty() ? 0 : low32(data[0].res_Id);
-            auto it = config_.features.find(feature);
-            if (it != config_.features.end()) {
-                reply.push_back(numbered(feature, it->second));
-            } else {
-                SLOG(ANDROID_LOG_WARN, "unknown feature %d", feature);
-            }
-            break;
-        }
-        default:
-            SLOG(ANDROID_LOG_WARN, "request kind %d is not a query", request.requestType);
-            break;
-    }
-    SLOG(ANDROID_LOG_DEBUG, "%s query answered with %zu entries", typeName(request.requestType),
-         reply.size());
+    *_aidl_return = answerQuery(request, QueryInputs{config_, model_, history_}, tag_.c_str());
     rearmLocked();
     send(lock, std::move(out));
-    return st;
-}
-
-ndk::ScopedAStatus TroxService::troxResListeningRegister(
-        const TroxRequestParcel& request, const std::shared_ptr<ITroxCallback>& callback,
-        int32_t* _aidl_return) {
-    ndk::ScopedAStatus st = enter("troxResListeningRegister");
-    if (!st.isOk()) return st;
-    std::lock_guard<std::mutex> lock(mutex_);
-    *_aidl_return = -1;
-    if (!callback) {
-        SLOG(ANDROID_LOG_ERROR, "listening registration without a callback");
-        return st;
-    }
-    if (!roomLocked("listening registration", AIBinder_getCallingPid())) return st;
-    Listener l;
-    for (const TroxRequestData& e : request.requestData) {
-        const ResourceDef* def = nullptr;
-        if (e.res_Path && !e.res_Path->empty()) {
-            def = model_.findByPath(*e.res_Path);
-            l.byPath = true;
-        } else {
-            def = model_.find(low32(e.res_Id));
-        }
-        if (def == nullptr) {
-            SLOG(ANDROID_LOG_ERROR, "listening registration for unknown resource %s",
-                 e.res_Path && !e.res_Path->empty() ? e.res_Path->c_str()
-                                                    : hexId(low32(e.res_Id)).c_str());
-            return st;
-        }
-        l.ids.insert(def->id);
-    }
-    l.handle = requests_.newHandle();
-    requests_.reserve(l.handle);
-    l.callback = callback;
-    l.pid = request.pid != 0 ? request.pid : AIBinder_getCallingPid();
-    *_aidl_return = l.handle;
-    SLOG(ANDROID_LOG_INFO, "listener %d registered for %s (%s form)", l.handle,
-         l.ids.empty() ? "every resource" : (std::to_string(l.ids.size()) + " resources").c_str(),
-         l.byPath ? "path" : "id");
-    record("listen", l.pid,
-           "handle=" + std::to_string(l.handle) + " resources=" + std::to_string(l.ids.size()));
-    listeners_[l.handle] = std::move(l);
-    return st;
-}
-
-ndk::ScopedAStatus TroxService::troxResListeningUnRegister(int32_t handle, int32_t* _aidl_return) {
-    ndk::ScopedAStatus st = enter("troxResListeningUnRegister");
-    if (!st.isOk()) return st;
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (listeners_.erase(handle) != 0) {
-        requests_.unreserve(handle);
-        SLOG(ANDROID_LOG_INFO, "listener %d unregistered", handle);
-        *_aidl_return = 0;
-    } else {
-        SLOG(ANDROID_LOG_WARN, "unregister of unknown listener %d", handle);
-        *_aidl_return = -1;
-    }
-    record("unlisten", AIBinder_getCallingPid(),
-           "handle=" + std::to_string(handle) + " -> " + std::to_string(*_aidl_return));
-    return st;
-}
-
-ndk::ScopedAStatus TroxService::troxThermalListeningRegister(
-        const std::vector<int32_t>& ids, const std::shared_ptr<ITroxCallback>& callback,
-        int32_t* _aidl_return) {
-    ndk::ScopedAStatus st = enter("troxThermalListeningRegister");
-    if (!st.isOk()) return st;
-    std::lock_guard<std::mutex> lock(mutex_);
-    *_aidl_return = -1;
-    if (!callback) {
-        SLOG(ANDROID_LOG_ERROR, "thermal registration without a callback");
-        return st;
-    }
-    if (!roomLocked("thermal registration", AIBinder_getCallingPid())) return st;
-    Listener l;
-    l.thermal = true;
-    l.ids.insert(ids.begin(), ids.end());
-    l.callback = callback;
-    l.pid = AIBinder_getCallingPid();
-    l.handle = requests_.newHandle();
-    requests_.reserve(l.handle);
-    *_aidl_return = l.handle;
-    SLOG(ANDROID_LOG_INFO, "thermal listener %d registered for %zu ids", l.handle, ids.size());
-    record("thermal-listen", l.pid, "handle=" + std::to_string(l.handle));
-    listeners_[l.handle] = std::move(l);
-    return st;
-}
-
-ndk::ScopedAStatus TroxService::troxThermalListeningUnregister(int32_t handle,
-                                                               int32_t* _aidl_return) {
-    ndk::ScopedAStatus st = enter("troxThermalListeningUnregister");
-    if (!st.isOk()) return st;
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto it = listeners_.find(handle);
-    if (it != listeners_.end() && it->second.thermal) {
-        listeners_.erase(it);
-        requests_.unreserve(handle);
-        SLOG(ANDROID_LOG_INFO, "thermal listener %d unregistered", handle);
-        *_aidl_return = 0;
-    } else {
-        SLOG(ANDROID_LOG_WARN, "unregister of unknown thermal listener %d", handle);
-        *_aidl_return = -1;
-    }
     return st;
 }
 
@@ -900,10 +492,7 @@ ndk::ScopedAStatus TroxService::troxPropertyGet(const std::string& key, std::str
     ndk::ScopedAStatus st = enter("troxPropertyGet");
     if (!st.isOk()) return st;
     std::lock_guard<std::mutex> lock(mutex_);
-    auto it = properties_.find(key);
-    *_aidl_return = it == properties_.end() ? std::string() : it->second;
-    SLOG(ANDROID_LOG_INFO, "property %s is '%s'%s", key.c_str(), _aidl_return->c_str(),
-         it == properties_.end() ? " (not set)" : "");
+    *_aidl_return = properties_.get(key);
     return st;
 }
 
@@ -912,25 +501,16 @@ ndk::ScopedAStatus TroxService::troxPropertySet(const std::string& key, const st
     ndk::ScopedAStatus st = enter("troxPropertySet");
     if (!st.isOk()) return st;
     *_aidl_return = -1;
-    // Clients copy values into 256-byte buffers, so longer ones are refused here.
-    if (key.empty() || value.size() > 255) {
-        SLOG(ANDROID_LOG_ERROR, "property set refused: %s",
-             key.empty() ? "empty key" : "value too long");
-        return st;
-    }
+    if (!propertySetAllowed(key, value, tag_.c_str())) return st;
     if (!textFits("property key", key, AIBinder_getCallingPid())) return st;
-    int64_t n = 0;
-    if (key == kFaultFailNextProperty || key == kFaultDelayProperty || key == kFaultDieProperty) {
-        if (!parseValue(value, &n) || n < 0) {
-            SLOG(ANDROID_LOG_ERROR, "property %s needs a number, not '%s'", key.c_str(),
-                 value.c_str());
-            return st;
-        }
+    if (isFaultProperty(key)) {
+        const std::optional<int64_t> n = faultPropertyValue(key, value, tag_.c_str());
+        if (!n) return st;
         *_aidl_return = 0;
         if (key == kFaultFailNextProperty)
-            failNextCalls(static_cast<int>(std::min<int64_t>(n, 1 << 30)));
-        if (key == kFaultDelayProperty) setCallDelayMs(n);
-        if (key == kFaultDieProperty && n != 0) {
+            failNextCalls(static_cast<int>(std::min<int64_t>(*n, 1 << 30)));
+        if (key == kFaultDelayProperty) setCallDelayMs(*n);
+        if (key == kFaultDieProperty && *n != 0) {
             // Dies after this reply has left, from a thread of its own.
             std::shared_ptr<TroxService> self = ref<TroxService>();
             std::thread([self] {
@@ -941,13 +521,7 @@ ndk::ScopedAStatus TroxService::troxPropertySet(const std::string& key, const st
         return st;
     }
     std::lock_guard<std::mutex> lock(mutex_);
-    if (properties_.count(key) == 0 && properties_.size() >= config_.maxRequests) {
-        SLOG(ANDROID_LOG_ERROR, "property %s refused: %zu properties set, the limit",
-             key.c_str(), properties_.size());
-        return st;
-    }
-    properties_[key] = value;
-    SLOG(ANDROID_LOG_INFO, "property %s set to '%s'", key.c_str(), value.c_str());
+    if (!properties_.set(key, value)) return st;
     record("prop-set", AIBinder_getCallingPid(), key + "=" + value);
     *_aidl_return = 0;
     return st;

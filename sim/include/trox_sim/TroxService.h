@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -16,7 +15,10 @@
 
 #include "trox_sim/Clock.h"
 #include "trox_sim/Config.h"
+#include "trox_sim/History.h"
+#include "trox_sim/Properties.h"
 #include "trox_sim/RequestTable.h"
+#include "trox_sim/RequestType.h"
 #include "trox_sim/ResourceModel.h"
 
 namespace sim {
@@ -27,46 +29,8 @@ using aidl::vendor::vexal::hardware::trox::TroxRequestData;
 using aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 
 inline constexpr char kTroxInstance[] = "vendor.vexal.hardware.trox.ITrox/default";
-inline constexpr int32_t kPowerConsistencyId = 16848496;
 // Service-specific error of calls failed on purpose by fault injection.
 inline constexpr int32_t kInjectedError = 1;
-
-// Request kinds the service understands.
-enum RequestType : int32_t {
-    kStateQuery = 0,
-    kResourceControl = 1,
-    kScenario = 2,
-    kDiagnostics = 5,
-    kThermalNotify = 7,
-    kEvent = 8,
-    kNotification = 10,
-    kHistory = 11,
-    kPlatformResource = 12,
-    kPowerModeStatus = 13,
-    kPowerConsistency = 15,
-    kDataset = 16,
-    kFeatureStatus = 17,
-};
-
-// Diagnostic selectors, carried as the id of the single entry of a kDiagnostics request.
-enum DiagnosticSelector : int32_t {
-    kDumpToDoQueue = 0,
-    kDumpRunMap = 1,
-    kDumpActiveResMap = 2,
-    kDumpResRequest = 3,
-    kDumpResInfo = 4,
-    kDumpSAInfo = 5,
-    kDumpPidFdList = 6,
-    kDumpPidfdMonitorMap = 7,
-    kDumpResRecordList = 8,
-    kHistoryOn = 10,
-    kHistoryOff = 11,
-};
-
-// Properties that steer fault injection, so that a client in another process can use it.
-inline constexpr char kFaultFailNextProperty[] = "sim.fault.fail_next";
-inline constexpr char kFaultDelayProperty[] = "sim.fault.delay_ms";
-inline constexpr char kFaultDieProperty[] = "sim.fault.die";
 
 class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
   public:
@@ -150,10 +114,10 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     void dropOrphansLocked(Deliveries& out);
     bool roomLocked(const char* what, int32_t pid);
     bool textFits(const char* what, const std::optional<std::string>& text, int32_t pid) const;
-    void record(const std::string& op, int32_t pid, const std::string& line);
+    void record(const std::string& op, int32_t pid, const std::string& line) {
+        history_.record(op, pid, line);
+    }
     void send(std::unique_lock<std::mutex>& state, Deliveries deliveries);
-    TroxRequestData recordFor(int32_t id, bool byPath) const;
-    std::string describe(const Request& r) const;
 
     const Config config_;
     const std::shared_ptr<Clock> clock_;
@@ -164,13 +128,11 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     ResourceModel model_;
     RequestTable requests_;
     std::map<int32_t, Listener> listeners_;
-    std::map<std::string, std::string> properties_;
+    PropertyStore properties_;
     std::map<int32_t, int32_t> ruleStatus_;
     std::map<int32_t, std::string> thermalLevels_;
     std::map<int32_t, int32_t> sysInfo_;
-    std::deque<TroxRequestData> history_;
-    int32_t historySeq_ = 0;
-    bool historyOn_;
+    RequestHistory history_;
 
     std::atomic<int> failNext_{0};
     std::atomic<int32_t> failError_{kInjectedError};
