@@ -1,4 +1,4 @@
-#include "ServiceConnection.h"
+#include "link/ServiceConnection.h"
 
 #include <mutex>
 

@@ -1,6 +1,6 @@
-#include "TroxHalConnection.h"
+#include "link/TroxHalConnection.h"
 
-#include "TroxInstance.h"
+#include "link/TroxInstance.h"
 
 #include <android/binder_manager.h>
 
