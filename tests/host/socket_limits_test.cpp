@@ -31,6 +31,7 @@
 #include <utility>
 #include <vector>
 
+#include "../../host/binder/src/socket_frames.h"
 #include "binder_test_util.h"
 
 extern char** environ;
@@ -43,9 +44,7 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kName = "test.vexal.IEcho/default";
-constexpr uint32_t kHello = 1;
-constexpr uint32_t kTransact = 2;
-constexpr uint32_t kReply = 3;
+using binder_impl::kHello, binder_impl::kTransact, binder_impl::kReply;
 
 std::vector<uint8_t> frame(uint32_t type, const std::vector<uint8_t>& body) {
     std::vector<uint8_t> bytes(8 + body.size());
