@@ -289,7 +289,7 @@ w(f"**2.** Target {verdict2}: the Event API pair is {r2:.2f}× the raw round tri
   "replies on a reader thread that woke the caller, and the service handed each call from its "
   "reader to a pool thread; this benchmark measured 3.86× then. Now each calling thread borrows "
   "a channel (its own "
-  "socket to the service, host/binder/src/socket_transport.cpp), writes the call and reads its "
+  "socket to the service, host/binder/src/socket_channel.cpp), writes the call and reads its "
   "reply itself, and the service serves the call on the thread that read it. Callgrind then "
   "showed the rest in the kit's parcel code: strings grown a unit at a time and parcels grown "
   "a word at a time; sizing them once took the client from about 28 k to about 16 k instructions "

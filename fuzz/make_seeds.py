@@ -1,8 +1,11 @@
 #!/usr/bin/env python3
 # Writes the seed corpora: python3 fuzz/make_seeds.py fuzz/corpus
 # Hand-made inputs in the wire encoding, so each target starts past its first checks.
-import struct, os, sys
+import struct, os, re, sys
 root = sys.argv[1]
+# Frame types by name, as the transport's header numbers them: FRAME['Transact'] for kTransact.
+frames_h = open(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', 'host', 'binder', 'src', 'socket_frames.h')).read()
+FRAME = {k: int(v) for k, v in re.findall(r'\bk(\w+) = (\d+)', re.search(r'enum FrameType[^{]*\{([^}]*)\}', frames_h).group(1))}
 def i32(v): return struct.pack('<i', v)
 def u32(v): return struct.pack('<I', v)
 def i64(v): return struct.pack('<q', v)
@@ -67,31 +70,31 @@ w('trox_reply', 'transport_error', b'\xf3' + bytes([1]) + chunk(b''))
 def frame(t, body): return u32(len(body)) + u32(t) + body
 def fstr(s): return u32(len(s)) + s
 def transact(tid, ref, code, payload, flags=0, objects=b''):
-    return frame(2, u64(tid) + u64(ref) + u32(code) + u32(flags) + u32(len(objects) and 1) + objects + u32(len(payload)) + payload)
+    return frame(FRAME['Transact'], u64(tid) + u64(ref) + u32(code) + u32(flags) + u32(len(objects) and 1) + objects + u32(len(payload)) + payload)
 tok = s16('fuzz.IFrames')
 w('socket_frames', 'call', transact(1, 1, 1, tok + i32(7)))
 w('socket_frames', 'oneway', transact(0, 1, 2, tok + i32(7), flags=1))
 w('socket_frames', 'two_calls', transact(1, 1, 1, tok) + transact(2, 1, 0xffffff, tok + i32(1)))
 w('socket_frames', 'object', transact(3, 1, 1, tok + i32(1) + u64(77) + i32(0), objects=u64(77) + u32(1) + u64(5) + fstr(b'x.IThing')))
-w('socket_frames', 'release', frame(4, u64(1) + u32(1)))
-w('socket_frames', 'stray_reply', frame(3, u64(9) + i32(0) + u32(0) + u32(0)))
+w('socket_frames', 'release', frame(FRAME['Release'], u64(1) + u32(1)))
+w('socket_frames', 'stray_reply', frame(FRAME['Reply'], u64(9) + i32(0) + u32(0) + u32(0)))
 w('socket_frames', 'wrong_token', transact(1, 1, 1, s16('other')))
 w('socket_frames', 'no_target', transact(1, 99, 1, tok))
-w('socket_frames', 'huge', u32(0xffffffff) + u32(2))
-w('socket_frames', 'join_unknown_key', frame(5, u64(0x1234)))
+w('socket_frames', 'huge', u32(0xffffffff) + u32(FRAME['Transact']))
+w('socket_frames', 'join_unknown_key', frame(FRAME['Join'], u64(0x1234)))
 # Text
 for name, text in [('targetload', '80,90,70'), ('targetload_indexed', '0-80,1-90,2--1'), ('colocation', 'colocation:1,groupmigrate:5-3'),
                    ('gameadp', '1,2;3,4,5;6,7;8,9'), ('numbers', '  -2147483648x'), ('blank', ' \t\r\n'), ('sep', '\x02,;a,,b;;c')]:
     w('wrapper_text', name, text.encode())
 # Socket replies: a HELLO (length-prefixed for the provider), then frames after the first call
-hello = frame(1, u64(5) + fstr(b'fuzz.IPeer'))
-reply_ok = frame(3, u64(1) + i32(0) + u32(0) + u32(4) + i32(7))
+hello = frame(FRAME['Hello'], u64(5) + fstr(b'fuzz.IPeer'))
+reply_ok = frame(FRAME['Reply'], u64(1) + i32(0) + u32(0) + u32(4) + i32(7))
 w('socket_replies', 'answer', chunk(hello) + reply_ok)
-w('socket_replies', 'error_reply', chunk(hello) + frame(3, u64(1) + i32(-32) + u32(0) + u32(0)))
-w('socket_replies', 'reply_with_object', chunk(hello) + frame(3, u64(1) + i32(0) + u32(1) + u64(9) + u32(1) + u64(6) + fstr(b'x.IThing') + u32(12) + i32(1) + u64(9)))
+w('socket_replies', 'error_reply', chunk(hello) + frame(FRAME['Reply'], u64(1) + i32(-32) + u32(0) + u32(0)))
+w('socket_replies', 'reply_with_object', chunk(hello) + frame(FRAME['Reply'], u64(1) + i32(0) + u32(1) + u64(9) + u32(1) + u64(6) + fstr(b'x.IThing') + u32(12) + i32(1) + u64(9)))
 w('socket_replies', 'callback_first', chunk(hello) + transact(4, 77, 1, b'') + reply_ok)
-w('socket_replies', 'release_root', chunk(hello) + frame(4, u64(5) + u32(1)) + reply_ok)
-w('socket_replies', 'other_descriptor', chunk(frame(1, u64(5) + fstr(b'other'))) + reply_ok)
+w('socket_replies', 'release_root', chunk(hello) + frame(FRAME['Release'], u64(5) + u32(1)) + reply_ok)
+w('socket_replies', 'other_descriptor', chunk(frame(FRAME['Hello'], u64(5) + fstr(b'other'))) + reply_ok)
 w('socket_replies', 'short_hello', chunk(hello[:10]))
 w('socket_replies', 'hello_and_more', chunk(hello + reply_ok))
-w('socket_replies', 'hello_with_key', chunk(frame(1, u64(5) + fstr(b'fuzz.IPeer') + u64(0x77))) + reply_ok)
+w('socket_replies', 'hello_with_key', chunk(frame(FRAME['Hello'], u64(5) + fstr(b'fuzz.IPeer') + u64(0x77))) + reply_ok)

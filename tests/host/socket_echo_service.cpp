@@ -18,6 +18,7 @@
 #include <mutex>
 #include <thread>
 
+#include "../../host/binder/src/socket_frames.h"
 #include "../kit/RawSocket.h"
 #include "binder_test_util.h"
 #include "socket_test_codes.h"
@@ -127,7 +128,7 @@ int joinAsStranger(const std::string& path, uint64_t key) {
     memcpy(&length, header, 4);
     std::string hello(length, '\0');
     if (!recvExact(fd, hello.data(), length)) return 2;
-    uint8_t join[16] = {8, 0, 0, 0, 5, 0, 0, 0};
+    uint8_t join[16] = {8, 0, 0, 0, binder_impl::kJoin, 0, 0, 0};
     memcpy(join + 8, &key, 8);
     if (!sendExact(fd, join, sizeof(join))) return 2;
     const int result = recvExact(fd, header, sizeof(header)) ? 1 : 0;

@@ -30,6 +30,7 @@
 #include <thread>
 #include <vector>
 
+#include "../../host/binder/src/socket_frames.h"
 #include "binder_test_util.h"
 #include "socket_test_codes.h"
 
@@ -37,6 +38,8 @@ extern char** environ;
 
 namespace {
 
+using binder_impl::kHello, binder_impl::kJoin, binder_impl::kJoined, binder_impl::kRelease,
+        binder_impl::kReply, binder_impl::kTransact;
 using namespace binder_test;
 using namespace vexal::testing;
 using namespace std::chrono_literals;
@@ -451,10 +454,10 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
     const std::string path = socketFile();
 
     const std::vector<std::vector<uint8_t>> garbage = {
-            frame(0xffffffffu, 2, {}),                  // beyond the size cap
-            frame(8, 0xdead, std::vector<uint8_t>(8)),  // unknown frame type
-            frame(20, 2, std::vector<uint8_t>(20)),     // transaction cut short
-            frame(12, 4, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
+            frame(0xffffffffu, kTransact, {}),                 // beyond the size cap
+            frame(8, 0xdead, std::vector<uint8_t>(8)),         // unknown frame type
+            frame(20, kTransact, std::vector<uint8_t>(20)),    // transaction cut short
+            frame(12, kRelease, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
     };
     for (const auto& bytes : garbage) {
         int fd = connectUnix(path);
@@ -492,7 +495,7 @@ struct Hello {
 std::optional<Hello> readHello(int fd) {
     uint32_t type = 0;
     std::vector<uint8_t> body;
-    if (!readRawFrame(fd, &type, &body) || type != 1 || body.size() < 12) return std::nullopt;
+    if (!readRawFrame(fd, &type, &body) || type != kHello || body.size() < 12) return std::nullopt;
     Hello hello;
     uint32_t length = 0;
     memcpy(&hello.ref, body.data(), 8);
@@ -506,7 +509,7 @@ std::optional<Hello> readHello(int fd) {
 std::vector<uint8_t> joinFrame(uint64_t key) {
     std::vector<uint8_t> body(8);
     memcpy(body.data(), &key, 8);
-    return frame(8, 5, body);
+    return frame(8, kJoin, body);
 }
 
 bool sendBytes(int fd, const std::vector<uint8_t>& bytes) {
@@ -552,7 +555,7 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     uint32_t type = 0;
     std::vector<uint8_t> body;
     ASSERT_TRUE(readRawFrame(channel, &type, &body));
-    EXPECT_EQ(6u, type);
+    EXPECT_EQ(kJoined, type);
     EXPECT_TRUE(body.empty());
 
     // transaction 7 to the service with an empty parcel: no interface token
@@ -562,9 +565,10 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     memcpy(transact.data(), &transaction, 8);
     memcpy(transact.data() + 8, &hello->ref, 8);
     memcpy(transact.data() + 16, &code, 4);
-    ASSERT_TRUE(sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), 2, transact)));
+    ASSERT_TRUE(
+            sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), kTransact, transact)));
     ASSERT_TRUE(readRawFrame(channel, &type, &body));
-    EXPECT_EQ(3u, type);
+    EXPECT_EQ(kReply, type);
     ASSERT_EQ(8u + 8u + 4u + 4u + 4u, body.size());
     uint64_t repliedTo = 0;
     uint64_t framesBefore = 0;
@@ -579,7 +583,8 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     // One-way calls have no place on a channel: the connection goes, the service stays.
     const uint32_t oneway = FLAG_ONEWAY;
     memcpy(transact.data() + 20, &oneway, 4);
-    ASSERT_TRUE(sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), 2, transact)));
+    ASSERT_TRUE(
+            sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), kTransact, transact)));
     EXPECT_TRUE(closedByPeer(channel));
     EXPECT_TRUE(closedByPeer(owner));
     close(channel);
@@ -634,7 +639,7 @@ TEST_F(SocketTest, ChannelsStayWithinTheServicesThreadLimit) {
         uint32_t type = 0;
         std::vector<uint8_t> body;
         if (fd < 0 || !readHello(fd).has_value() || !sendBytes(fd, joinFrame(hello->key)) ||
-            !readRawFrame(fd, &type, &body) || type != 6) {
+            !readRawFrame(fd, &type, &body) || type != kJoined) {
             if (fd >= 0) close(fd);
             return -1;
         }

@@ -31,6 +31,8 @@
 #include <utility>
 #include <vector>
 
+#include "../../host/binder/src/socket_frames.h"
+
 namespace {
 
 using aidl::vendor::vexal::hardware::trox::ITrox;
@@ -40,9 +42,7 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kName = "vendor.vexal.hardware.trox.ITrox/default";
-constexpr uint32_t kHello = 1;
-constexpr uint32_t kTransact = 2;
-constexpr uint32_t kReply = 3;
+using binder_impl::kHello, binder_impl::kTransact, binder_impl::kReply;
 
 std::vector<uint8_t> frame(uint32_t type, const std::vector<uint8_t>& body) {
     std::vector<uint8_t> bytes(8 + body.size());
