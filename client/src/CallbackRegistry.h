@@ -10,11 +10,12 @@
 // One listening registration: what it listens to, the service's handle for it, and the client
 // that the service calls.
 struct TroxCallbackGroup {
-    TroxCallbackGroup(std::shared_ptr<TroxCallbackClient> client, std::vector<int> ids, int handle)
-        : ids(std::move(ids)), handle(handle), client(std::move(client)) {}
-    TroxCallbackGroup(std::shared_ptr<TroxCallbackClient> client, std::vector<std::string> paths,
-                      int handle)
-        : paths(std::move(paths)), handle(handle), client(std::move(client)) {}
+    TroxCallbackGroup(std::shared_ptr<TroxCallbackClient> by, std::vector<int> listenedIds,
+                      int serviceHandle)
+        : ids(std::move(listenedIds)), handle(serviceHandle), client(std::move(by)) {}
+    TroxCallbackGroup(std::shared_ptr<TroxCallbackClient> by, std::vector<std::string> listenedPaths,
+                      int serviceHandle)
+        : paths(std::move(listenedPaths)), handle(serviceHandle), client(std::move(by)) {}
 
     std::vector<int> ids;
     std::vector<std::string> paths;

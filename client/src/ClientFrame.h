@@ -30,7 +30,7 @@ CallResult callKeepingFailure(const char* name, Call&& call) {
 // What the frame does after a failed call: log it and drop the connection.
 inline void reportFailure(const char* name) {
     const auto& connection = link::troxHalConnection();
-    __android_log_print(ANDROID_LOG_ERROR, connection.tag, connection.failedFormat, name);
+    connection.logFailure(name);
     link::resetConnection(connection);
 }
 

@@ -23,14 +23,14 @@ void printLog(const BnTroxCallback::TransactionLog& log) {
 }
 
 TroxCallbackClient::TroxCallbackClient(const std::shared_ptr<IClientCallback>& callback,
-                                       bool is_register, bool is_by_path)
-    : mCallback(callback), is_register(is_register), is_by_path(is_by_path) {
+                                       bool registering, bool byPath)
+    : mCallback(callback), is_register(registering), is_by_path(byPath) {
     BnTroxCallback::logFunc = printLog;
 }
 
 TroxCallbackClient::TroxCallbackClient(const std::shared_ptr<IClientCallbackByPath>& callback,
-                                       bool is_register, bool is_by_path)
-    : mCallbackByPath(callback), is_register(is_register), is_by_path(is_by_path) {
+                                       bool registering, bool byPath)
+    : mCallbackByPath(callback), is_register(registering), is_by_path(byPath) {
     BnTroxCallback::logFunc = printLog;
 }
 

@@ -24,13 +24,16 @@ void onTroxHalDied(void* /*cookie*/) {
     __android_log_print(ANDROID_LOG_ERROR, kTag, "Trox HAL Service died");
 }
 
+void logFailedCall(const char* name) {
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s() failed: trox HAL service not available", name);
+}
+
 }  // namespace
 
 namespace vexal::link {
 
 const ServiceConnection& troxHalConnection() {
-    static const ServiceConnection connection{g_trox_hal, g_trox_hal_mutex, kTag,
-                                              "%s() failed: trox HAL service not available"};
+    static const ServiceConnection connection{g_trox_hal, g_trox_hal_mutex, kTag, logFailedCall};
     return connection;
 }
 

@@ -23,14 +23,19 @@ void onPymHalDied(void* /*cookie*/) {
     __android_log_print(ANDROID_LOG_ERROR, kTag, "Trox HAL Service died");
 }
 
+// The Event API's failure line has a blank before the colon, unlike the client class's.
+void logFailedCall(const char* name) {
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s() failed : trox HAL service not available",
+                        name);
+}
+
 }  // namespace
 
 namespace vexal::pym {
 
 const link::ServiceConnection& pymHalConnection() {
-    // The Event API's failure line has a blank before the colon, unlike the client class's.
     static const link::ServiceConnection connection{g_pym_hal, g_pym_hal_mutex, kTag,
-                                                    "%s() failed : trox HAL service not available"};
+                                                    logFailedCall};
     return connection;
 }
 

@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(
                                       ndk::SharedRefBase::make<ITroxCallbackDefault>());
                           },
                           "Mismatched versions of delegator and implementation"}),
-        [](const testing::TestParamInfo<DeathCase>& info) { return info.param.name; });
+        [](const testing::TestParamInfo<DeathCase>& test) { return test.param.name; });
 
 TEST(Delegator, SameVersionForwardsCalls) {
     auto impl = ndk::SharedRefBase::make<Callback>();

@@ -24,7 +24,7 @@ std::atomic<int> gAlive{0};
 
 class CountedCallback : public BnTroxCallback {
   public:
-    explicit CountedCallback(int tag) : tag(tag) { ++gAlive; }
+    explicit CountedCallback(int id) : tag(id) { ++gAlive; }
     ~CountedCallback() override { --gAlive; }
     ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>&) override {
         return ndk::ScopedAStatus::ok();

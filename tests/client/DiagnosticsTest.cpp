@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
                                troxHalclient::troxHistoryRequestRecordOn, 10},
                 DiagnosticCase{"troxHistoryRequestRecordOff",
                                troxHalclient::troxHistoryRequestRecordOff, 11}),
-        [](const auto& info) { return std::string(info.param.name); });
+        [](const auto& test) { return std::string(test.param.name); });
 
 using PropertyTest = ClientTest;
 

@@ -234,7 +234,7 @@ TEST_P(MemberFrameTest, FailedCallIsLoggedAndTheNextCallConnectsAgain) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Members, MemberFrameTest, ::testing::ValuesIn(frameCases()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace
 }  // namespace vexal::testing

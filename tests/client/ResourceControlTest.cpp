@@ -43,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(
                           ListCase{"IdsWithValues", {{5, "1"}, {-5, "x"}}, true},
                           ListCase{"BadAfterGood", {{5, "1"}, {0, "2"}}, false},
                           ListCase{"MixedGood", {{7, "3"}, {0, std::nullopt}}, true}),
-        [](const auto& info) { return std::string(info.param.name); });
+        [](const auto& test) { return std::string(test.param.name); });
 
 using Call = std::function<int(Resources&)>;
 
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(
                                                                                    99);
                                        },
                                        12, -1, true}),
-        [](const auto& info) { return std::string(info.param.name); });
+        [](const auto& test) { return std::string(test.param.name); });
 
 using ResourceControlTest = ClientTest;
 

@@ -84,7 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
                                    "03000000 6100ac20 62000000"},
                         StringCase{"beyondBmp", "\xf0\x9f\x98\x80", "02000000 3dd800de 00000000"},
                         StringCase{"null", nullptr, "ffffffff"}),
-        [](const testing::TestParamInfo<StringCase>& info) { return info.param.name; });
+        [](const testing::TestParamInfo<StringCase>& test) { return test.param.name; });
 
 TEST(ParcelGolden, Primitives) {
     EXPECT_EQ("feffffff", written([](AParcel* p) { AParcel_writeInt32(p, -2); }));
@@ -442,6 +442,6 @@ INSTANTIATE_TEST_SUITE_P(
                                 *a = st != nullptr;
                                 return s;
                             }}),
-        [](const testing::TestParamInfo<HostileCase>& info) { return info.param.name; });
+        [](const testing::TestParamInfo<HostileCase>& test) { return test.param.name; });
 
 }  // namespace

@@ -123,7 +123,7 @@ INSTANTIATE_TEST_SUITE_P(
                         HeaderCase{"serviceSpecific",
                                    [] { return AStatus_fromServiceSpecificError(42); },
                                    "f8ffffff 00000000 00000000 00000000 2a000000"}),
-        [](const testing::TestParamInfo<HeaderCase>& info) { return info.param.name; });
+        [](const testing::TestParamInfo<HeaderCase>& test) { return test.param.name; });
 
 TEST(StatusHeader, TransportErrorIsReturnedNotWritten) {
     ScopedAStatus status = ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);

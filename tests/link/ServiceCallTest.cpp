@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
                           FailureCase{
                                   "TransactionError",
                                   [] { return ndk::ScopedAStatus::fromStatus(STATUS_BAD_VALUE); }}),
-        [](const auto& info) { return std::string(info.param.name); });
+        [](const auto& test) { return std::string(test.param.name); });
 
 TEST_F(LinkTest, FailureCanBeLeftToTheCaller) {
     FakeTroxService service;

@@ -221,7 +221,7 @@ INSTANTIATE_TEST_SUITE_P(
                           R"({"resources":[{"id":1,"kind":"boost","default":0,"min":0,"max":9}],
                               "extra":1})",
                           "unknown section"}),
-        [](const auto& info) { return std::string(info.param.name); });
+        [](const auto& test) { return std::string(test.param.name); });
 
 }  // namespace
 }  // namespace sim

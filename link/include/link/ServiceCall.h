@@ -42,7 +42,7 @@ CallResult callService(const ServiceConnection& connection, const char* name, Ca
     }
     if (status->isOk()) return CallResult::kOk;
     if (onFailure == OnFailure::kLogAndReset) {
-        __android_log_print(ANDROID_LOG_ERROR, connection.tag, connection.failedFormat, name);
+        connection.logFailure(name);
         resetConnection(connection);
     }
     return CallResult::kFailed;

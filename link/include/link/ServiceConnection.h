@@ -15,8 +15,8 @@ struct ServiceConnection {
     std::shared_ptr<ITrox>& hal;
     std::shared_timed_mutex& mutex;
     const char* tag;
-    // printf format with one %s, the name of the failed call.
-    const char* failedFormat;
+    // Logs, in the owner's words, that the call `name` failed.
+    void (*logFailure)(const char* name);
 };
 
 // Empties the connection so that the next caller connects afresh.
