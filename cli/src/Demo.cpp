@@ -8,6 +8,8 @@
 #include "halclient.h"
 #include "pym.h"
 
+#include <trox_sim/TraceJson.h>
+
 #include <algorithm>
 #include <chrono>
 #include <memory>
@@ -124,8 +126,17 @@ int64_t defaultValueOf(const sim::Config& config, int32_t id) {
     return 0;
 }
 
+void writeDemoTrace(Context& ctx, sim::EmbeddedService& service, const std::string& path) {
+    size_t events = 0;
+    const std::string err = sim::writeTraceFile(*service.timeline(), path, &events);
+    if (!err.empty()) throw CommandFailed(err);
+    ctx.out.set("trace", path);
+    ctx.out.say("timeline of " + std::to_string(events) + " events written to " + path);
+}
+
 int runDemo(const std::vector<std::string>& args, Context& ctx) {
-    expectPositionals(parseArgs(args, {}), 0, 0, "demo");
+    const ParsedArgs parsed = parseArgs(args, {{"--trace"}});
+    expectPositionals(parsed, 0, 0, "demo [--trace FILE]");
     sim::EmbeddedService* service = ctx.session.service();
     if (service == nullptr) throw UsageError("demo runs on the embedded service only");
     const sim::Config& config = service->service()->config();
@@ -231,6 +242,7 @@ int runDemo(const std::vector<std::string>& args, Context& ctx) {
     ctx.out.set("failures", n.failures());
     ctx.out.set("elapsed_ms", ms.count());
     ctx.out.say("");
+    if (auto trace = parsed.get("--trace")) writeDemoTrace(ctx, *service, *trace);
     if (n.failures() != 0) {
         throw CommandFailed(std::to_string(n.failures()) + " check(s) failed");
     }
@@ -241,9 +253,11 @@ int runDemo(const std::vector<std::string>& args, Context& ctx) {
 }  // namespace
 
 Command demoCommand() {
-    return {"demo", "demo",
+    return {"demo", "demo [--trace FILE]",
             "a narrated, self-checking run of a caller's day on the embedded service",
-            "  Exits 0 only if every step behaved as expected.\n", runDemo};
+            "  Exits 0 only if every step behaved as expected.\n"
+            "  --trace FILE   write the service's timeline there (Trace Event Format)\n",
+            runDemo};
 }
 
 }  // namespace pymctl

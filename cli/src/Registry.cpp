@@ -7,7 +7,8 @@ namespace pymctl {
 const std::vector<Command>& allCommands() {
     static const std::vector<Command> commands = [] {
         std::vector<Command> all;
-        for (auto family : {eventCommands, wrapperCommands, clientCommands, listenCommands}) {
+        for (auto family :
+             {eventCommands, wrapperCommands, clientCommands, listenCommands, timelineCommands}) {
             for (auto& c : family()) all.push_back(std::move(c));
         }
         all.push_back(demoCommand());

@@ -32,6 +32,7 @@ std::vector<Command> eventCommands();
 std::vector<Command> wrapperCommands();
 std::vector<Command> clientCommands();
 std::vector<Command> listenCommands();
+std::vector<Command> timelineCommands();
 Command demoCommand();
 
 const std::vector<Command>& allCommands();

@@ -115,7 +115,8 @@ Config parseConfig(const std::string& jsonText) {
     if (!root.is_object()) throw ConfigError("the configuration must be a JSON object");
     static const std::set<std::string> known = {
             "resources", "actions", "scenarios",         "rules",   "properties", "power_modes",
-            "features",  "dataset", "power_consistency", "history", "device",     "limits"};
+            "features",  "dataset", "power_consistency", "history", "device",     "limits",
+            "timeline"};
     for (const auto& [k, v] : root.items()) {
         if (known.count(k) == 0) fail(k, "unknown section");
     }
@@ -215,6 +216,15 @@ Config parseConfig(const std::string& jsonText) {
         if (it->contains("enabled")) {
             if (!(*it)["enabled"].is_boolean()) fail("history.enabled", "expected true or false");
             config.historyEnabled = (*it)["enabled"].get<bool>();
+        }
+    }
+    if (auto it = root.find("timeline"); it != root.end()) {
+        if (!it->is_object()) fail("timeline", "expected an object");
+        for (const auto& [k, v] : it->items()) {
+            if (k != "size") fail("timeline." + k, "unknown key");
+            const int64_t size = toInt64(v, "timeline.size");
+            if (size < 16 || size > (1 << 22)) fail("timeline.size", "must be 16 to 4194304");
+            config.timelineSize = static_cast<size_t>(size);
         }
     }
     if (auto it = root.find("limits"); it != root.end()) {

@@ -8,14 +8,17 @@
 namespace sim {
 
 EmbeddedService::EmbeddedService(Config config, std::shared_ptr<Clock> clock, std::string instance)
-    : config_(std::move(config)), clock_(std::move(clock)), instance_(std::move(instance)) {}
+    : config_(std::move(config)),
+      clock_(std::move(clock)),
+      instance_(std::move(instance)),
+      timeline_(std::make_shared<Timeline>(config_.timelineSize)) {}
 
 EmbeddedService::~EmbeddedService() {
     kill();
 }
 
 void EmbeddedService::publish() {
-    service_ = ndk::SharedRefBase::make<TroxService>(config_, clock_, "troxd");
+    service_ = ndk::SharedRefBase::make<TroxService>(config_, clock_, "troxd", timeline_);
     const std::string instance = instance_;
     service_->setDieHandler([instance] { binder_host::killService(instance); });
     binder_host::declareService(instance_);

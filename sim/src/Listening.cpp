@@ -133,6 +133,7 @@ int32_t TroxService::thermalNotify(const TroxRequestParcel& request, Deliveries&
         thermalLevels_[low32(e.res_Id)] = e.res_Value.value_or("");
         SLOG(ANDROID_LOG_INFO, "thermal %d level %s", low32(e.res_Id), orNone(e.res_Value).c_str());
     }
+    timeline_.thermal(request.requestData, AIBinder_getCallingPid());
     for (const auto& [handle, l] : listeners_) {
         if (!l.thermal) continue;
         std::vector<TroxRequestData> records;

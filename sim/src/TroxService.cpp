@@ -31,13 +31,16 @@ void upsert(std::vector<Setting>& settings, const Setting& s) {
 
 #define SLOG(prio, ...) __android_log_print(prio, tag_.c_str(), __VA_ARGS__)
 
-TroxService::TroxService(Config config, std::shared_ptr<Clock> clock, std::string logTag)
+TroxService::TroxService(Config config, std::shared_ptr<Clock> clock, std::string logTag,
+                         std::shared_ptr<Timeline> timeline)
     : config_(std::move(config)),
       clock_(clock ? std::move(clock) : std::make_shared<SteadyClock>()),
       tag_(std::move(logTag)),
       model_(config_.resources),
       properties_(config_.properties, config_.maxRequests, tag_),
-      history_(clock_, config_.historySize, config_.historyEnabled) {
+      history_(clock_, config_.historySize, config_.historyEnabled),
+      timeline_(config_, clock_, tag_, std::move(timeline)),
+      traceExport_(timeline_.timeline(), tag_) {
     SLOG(ANDROID_LOG_INFO, "service ready: %zu resources, %zu actions, %zu scenarios, %zu rules",
          config_.resources.size(), config_.actions.size(), config_.scenarios.size(),
          config_.rules.size());
@@ -148,6 +151,7 @@ bool TroxService::resolve(const TroxRequestData& entry, Setting* setting, bool* 
 
 void TroxService::notifyChanges(const std::vector<Change>& changes, Deliveries& out) {
     if (changes.empty()) return;
+    timeline_.values(changes);
     for (const Change& c : changes) {
         const ResourceDef* def = model_.find(c.id);
         SLOG(ANDROID_LOG_INFO, "resource %s (%s) %" PRId64 " -> %" PRId64, hexId(c.id).c_str(),
@@ -176,6 +180,7 @@ void TroxService::expireLocked(Deliveries& out) {
     for (const Request& r : requests_.takeExpired(now)) {
         SLOG(ANDROID_LOG_INFO, "request %d expired after %" PRId64 " ms", r.handle,
              now - r.startMs);
+        timeline_.ended(r.handle, "expired");
         notifyChanges(model_.release({Holder::Type::kRequest, r.handle}), out);
         record("expire", r.pid, "handle=" + std::to_string(r.handle) + " ended by its duration");
     }
@@ -198,6 +203,7 @@ void TroxService::dropOrphansLocked(Deliveries& out) {
         std::optional<Request> r = requests_.remove(handle);
         SLOG(ANDROID_LOG_WARN, "request %d dropped: its client (pid %d) has exited", handle,
              r->callerPid);
+        timeline_.ended(handle, "client exited");
         notifyChanges(model_.release({Holder::Type::kRequest, handle}), out);
         record("drop", r->pid, "handle=" + std::to_string(handle) + " client exited");
     }
@@ -325,6 +331,7 @@ int32_t TroxService::acquire(const TroxRequestParcel& request, bool oneWay, Deli
         existing->deadlineMs = deadline;
         handle = existing->handle;
         SLOG(ANDROID_LOG_INFO, "changed %s", describe(*existing).c_str());
+        timeline_.changed(*existing);
     } else {
         if (!roomLocked(typeName(request.requestType), caller)) return -1;
         // A one-way caller chose its handle itself so that it can release the request later.
@@ -350,6 +357,7 @@ int32_t TroxService::acquire(const TroxRequestParcel& request, bool oneWay, Deli
         r.startMs = now;
         r.deadlineMs = deadline;
         SLOG(ANDROID_LOG_INFO, "granted %s", describe(r).c_str());
+        timeline_.granted(r);
         requests_.add(std::move(r));
     }
     notifyChanges(model_.apply({Holder::Type::kRequest, handle}, settings), out);
@@ -394,6 +402,7 @@ int32_t TroxService::control(const TroxRequestParcel& request, bool oneWay, Deli
             const int64_t id = request.requestData.empty() ? 0 : request.requestData[0].res_Id;
             SLOG(ANDROID_LOG_INFO, "notification 0x%" PRIx64 " with %zu entries",
                  static_cast<uint64_t>(id), request.requestData.size());
+            timeline_.notified(request, AIBinder_getCallingPid());
             result = 0;
             break;
         }
@@ -465,6 +474,7 @@ ndk::ScopedAStatus TroxService::troxResCtlRelease(int32_t handle, int32_t* _aidl
         *_aidl_return = -1;
     } else {
         SLOG(ANDROID_LOG_INFO, "released handle %d", handle);
+        timeline_.ended(handle, "released");
         notifyChanges(model_.release({Holder::Type::kRequest, handle}), out);
         *_aidl_return = 0;
     }
@@ -491,6 +501,7 @@ ndk::ScopedAStatus TroxService::troxResStateRequest(const TroxRequestParcel& req
 ndk::ScopedAStatus TroxService::troxPropertyGet(const std::string& key, std::string* _aidl_return) {
     ndk::ScopedAStatus st = enter("troxPropertyGet");
     if (!st.isOk()) return st;
+    if (traceExport_.answer(key, _aidl_return)) return st;
     std::lock_guard<std::mutex> lock(mutex_);
     *_aidl_return = properties_.get(key);
     return st;
@@ -534,6 +545,7 @@ ndk::ScopedAStatus TroxService::setRelatedSysInfo(int32_t info, int32_t value,
     std::lock_guard<std::mutex> lock(mutex_);
     sysInfo_[info] = value;
     SLOG(ANDROID_LOG_INFO, "system info %d = %d", info, value);
+    timeline_.sysInfo(info, value, AIBinder_getCallingPid());
     record("sysinfo", AIBinder_getCallingPid(), std::to_string(info) + "=" + std::to_string(value));
     *_aidl_return = 0;
     return st;
@@ -573,6 +585,7 @@ ndk::ScopedAStatus TroxService::troxRuleCtl(int32_t ruleId, int32_t status,
         SLOG(ANDROID_LOG_INFO, "rule %d status %d sets %s", ruleId, status,
              settingsText(settings).c_str());
     }
+    timeline_.rule(ruleId, status, settings, AIBinder_getCallingPid());
     notifyChanges(model_.apply(holder, settings), out);
     *_aidl_return = 0;
     record("rule", AIBinder_getCallingPid(),

@@ -21,12 +21,15 @@
 namespace troxd {
 
 std::string usage() {
-    return "usage: troxd [--dir DIR] [--config FILE] [--config-limit BYTES] [--verbose]\n"
+    return "usage: troxd [--dir DIR] [--config FILE] [--config-limit BYTES] [--trace FILE]\n"
+           "             [--verbose]\n"
            "  --dir DIR              binder host directory (default: $BINDER_HOST_DIR, else " +
            defaultDir() +
            ")\n"
            "  --config FILE          JSON configuration (default: the built-in reference device)\n"
            "  --config-limit BYTES   larger configuration files are refused (default 1048576)\n"
+           "  --trace FILE           write the service's timeline there (Trace Event Format) on\n"
+           "                         SIGUSR1 and when it stops\n"
            "  --verbose              log debug lines too\n"
            "Runs the reference trox service until SIGTERM or SIGINT.\n";
 }
@@ -68,6 +71,11 @@ std::string parseArgs(int argc, char** argv, Options* options) {
                     options->maxConfigBytes = static_cast<size_t>(n);
                 }
             }
+        } else if (arg == "--trace") {
+            err = value(&options->tracePath);
+        } else if (arg.rfind("--trace=", 0) == 0) {
+            options->tracePath = arg.substr(8);
+            if (options->tracePath.empty()) err = "--trace needs a value";
         } else if (arg == "--verbose" || arg == "-v") {
             options->verbose = true;
         } else if (arg == "--help" || arg == "-h") {

@@ -11,6 +11,7 @@ struct Options {
     std::string dir;         // empty: $BINDER_HOST_DIR, else defaultDir()
     std::string configPath;  // empty: the built-in default configuration
     size_t maxConfigBytes = 1 << 20;
+    std::string tracePath;  // empty: no trace file
     bool verbose = false;
     bool help = false;
 };

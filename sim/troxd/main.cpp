@@ -12,6 +12,7 @@
 
 #include "Daemon.h"
 #include "trox_sim/Config.h"
+#include "trox_sim/TraceJson.h"
 #include "trox_sim/TroxService.h"
 
 namespace {
@@ -21,6 +22,21 @@ constexpr char kTag[] = "troxd";
 int fail(const std::string& message, int code) {
     std::fprintf(stderr, "troxd: %s\n", message.c_str());
     return code;
+}
+
+void writeTrace(sim::TroxService& service, const std::string& path) {
+    if (path.empty()) {
+        __android_log_print(ANDROID_LOG_WARN, kTag, "no trace written: troxd runs without --trace");
+        return;
+    }
+    size_t events = 0;
+    const std::string err = sim::writeTraceFile(*service.timeline(), path, &events);
+    if (!err.empty()) {
+        __android_log_print(ANDROID_LOG_ERROR, kTag, "trace not written: %s", err.c_str());
+    } else {
+        __android_log_print(ANDROID_LOG_INFO, kTag, "trace of %zu events written to %s", events,
+                            path.c_str());
+    }
 }
 
 }  // namespace
@@ -78,6 +94,7 @@ int main(int argc, char** argv) {
     sigemptyset(&stopSignals);
     sigaddset(&stopSignals, SIGTERM);
     sigaddset(&stopSignals, SIGINT);
+    sigaddset(&stopSignals, SIGUSR1);  // writes the trace and goes on
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
     signal(SIGPIPE, SIG_IGN);
 
@@ -102,10 +119,13 @@ int main(int argc, char** argv) {
             options.configPath.empty() ? "built-in default" : options.configPath.c_str());
 
     int sig = 0;
-    while (sigwait(&stopSignals, &sig) != 0) {
+    while (sigwait(&stopSignals, &sig) != 0 || sig == SIGUSR1) {
+        if (sig == SIGUSR1) writeTrace(*service, options.tracePath);
+        sig = 0;
     }
     __android_log_print(ANDROID_LOG_INFO, kTag, "stopping on %s",
                         sig == SIGTERM ? "SIGTERM" : "SIGINT");
+    if (!options.tracePath.empty()) writeTrace(*service, options.tracePath);
     std::fflush(stdout);
     std::exit(0);
 }

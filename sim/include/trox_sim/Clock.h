@@ -15,6 +15,8 @@ class Clock {
   public:
     virtual ~Clock() = default;
     virtual int64_t nowMs() = 0;
+    // The same scale in microseconds, for timelines; as fine as the clock can tell.
+    virtual int64_t nowUs() { return nowMs() * 1000; }
     // Wall-clock milliseconds since the epoch, for readable history lines only.
     virtual int64_t wallMs() = 0;
     // Calls fn once, on some thread, when nowMs() reaches deadlineMs; replaces any earlier alarm.
@@ -29,6 +31,7 @@ class SteadyClock : public Clock {
     SteadyClock();
     ~SteadyClock() override;
     int64_t nowMs() override;
+    int64_t nowUs() override;
     int64_t wallMs() override;
     void setAlarm(int64_t deadlineMs, std::function<void()> fn) override;
     void cancelAlarm() override;

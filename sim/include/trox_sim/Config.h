@@ -42,6 +42,8 @@ struct Config {
     std::string powerConsistency = "100";
     size_t historySize = 64;
     bool historyEnabled = true;
+    // Events the timeline keeps before the oldest make room.
+    size_t timelineSize = 65536;
     // What one client can cost: live requests and listeners together, and the length of each
     // text a caller leaves behind (package, identity, property key, thermal level).
     size_t maxRequests = 1024;

@@ -24,6 +24,8 @@ class EmbeddedService {
     // Publishes a fresh service with the same configuration and clock, as a restarted daemon.
     void restart();
     bool running() const { return running_; }
+    // Shared by every service restart() publishes, so one trace shows them all.
+    const std::shared_ptr<Timeline>& timeline() const { return timeline_; }
 
   private:
     friend std::unique_ptr<EmbeddedService> startEmbeddedService(Config, std::shared_ptr<Clock>,
@@ -34,6 +36,7 @@ class EmbeddedService {
     Config config_;
     std::shared_ptr<Clock> clock_;
     std::string instance_;
+    std::shared_ptr<Timeline> timeline_;
     std::shared_ptr<TroxService> service_;
     bool running_ = false;
 };

@@ -20,6 +20,9 @@
 #include "trox_sim/RequestTable.h"
 #include "trox_sim/RequestType.h"
 #include "trox_sim/ResourceModel.h"
+#include "trox_sim/Timeline.h"
+#include "trox_sim/TimelineRecorder.h"
+#include "trox_sim/TraceExport.h"
 
 namespace sim {
 
@@ -34,8 +37,10 @@ inline constexpr int32_t kInjectedError = 1;
 
 class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
   public:
+    // No timeline: one of its own, sized by the configuration.
     explicit TroxService(Config config, std::shared_ptr<Clock> clock = nullptr,
-                         std::string logTag = "troxd");
+                         std::string logTag = "troxd",
+                         std::shared_ptr<Timeline> timeline = nullptr);
     ~TroxService() override;
 
     // ITrox
@@ -82,6 +87,7 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     bool historyEnabled();
     std::string property(const std::string& key);
     const Config& config() const { return config_; }
+    const std::shared_ptr<Timeline>& timeline() const { return timeline_.timeline(); }
 
   private:
     struct Listener {
@@ -139,6 +145,9 @@ class TroxService : public aidl::vendor::vexal::hardware::trox::BnTrox {
     std::atomic<int64_t> delayMs_{0};
     std::mutex dieMutex_;
     std::function<void()> dieHandler_;
+
+    TimelineRecorder timeline_;
+    TraceExport traceExport_;
 };
 
 }  // namespace sim
