@@ -182,7 +182,8 @@ inline binder_status_t rawRelease(AIBinder* binder, int32_t handle) {
 class Interleaved {
   public:
     using Task = std::function<bool()>;
-    explicit Interleaved(std::vector<Task> tasks) : tasks_(std::move(tasks)), samples_(tasks_.size()) {}
+    explicit Interleaved(std::vector<Task> tasks)
+        : tasks_(std::move(tasks)), samples_(tasks_.size()) {}
 
     bool runOnce() {
         const size_t n = tasks_.size();

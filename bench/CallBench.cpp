@@ -79,9 +79,11 @@ void setUp() {
     }
     auto client = ndk::SharedRefBase::make<TroxCallbackClient>(
             std::shared_ptr<IClientCallback>(std::make_shared<NoopClientCallback>()), true);
-    gSetup->clientCallback = ITroxCallback::fromBinder(publish(client->asBinder().get(), "bench.cb.client"));
+    gSetup->clientCallback =
+            ITroxCallback::fromBinder(publish(client->asBinder().get(), "bench.cb.client"));
     auto null = ndk::SharedRefBase::make<NullCallback>();
-    gSetup->nullCallback = ITroxCallback::fromBinder(publish(null->asBinder().get(), "bench.cb.null"));
+    gSetup->nullCallback =
+            ITroxCallback::fromBinder(publish(null->asBinder().get(), "bench.cb.null"));
     // The library connects on first use; keep that out of every timed loop.
     PymRelease(PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources));
     troxHalclient::troxResCtlRelease(1);
@@ -99,7 +101,8 @@ void BM_RawPair(benchmark::State& state) {
     AIBinder* binder = gSetup->proxy.get();
     for (auto _ : state) {
         int32_t handle = -1;
-        if (rawAcquire(binder, parcel, &handle) != STATUS_OK || rawRelease(binder, handle) != STATUS_OK) {
+        if (rawAcquire(binder, parcel, &handle) != STATUS_OK ||
+            rawRelease(binder, handle) != STATUS_OK) {
             state.SkipWithError("raw call failed");
             break;
         }
@@ -114,7 +117,8 @@ void BM_BpTroxPair(benchmark::State& state) {
     for (auto _ : state) {
         int32_t handle = -1;
         int32_t out = 0;
-        if (!hal.troxResCtlRequest(parcel, &handle).isOk() || !hal.troxResCtlRelease(handle, &out).isOk()) {
+        if (!hal.troxResCtlRequest(parcel, &handle).isOk() ||
+            !hal.troxResCtlRelease(handle, &out).isOk()) {
             state.SkipWithError("proxy call failed");
             break;
         }
@@ -160,14 +164,16 @@ void BM_PairInterleaved(benchmark::State& state) {
                        rawRelease(binder, handle) == STATUS_OK;
             },
             [&] {
-                const int32_t handle = PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
+                const int32_t handle =
+                        PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
                 PymRelease(handle);
                 return handle == 1;
             },
             [&] {
                 allLogs();
                 const uint64_t before = gLines.load();
-                const int32_t handle = PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
+                const int32_t handle =
+                        PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
                 PymRelease(handle);
                 lines += gLines.load() - before;
                 ++allPairs;
@@ -288,7 +294,9 @@ void BM_ClientInterleaved(benchmark::State& state) {
                 int32_t handle = -1;
                 return rawAcquire(binder, parcel, &handle) == STATUS_OK;
             },
-            [&] { return troxHalclient::troxResCtlRequest(-1, kDuration, list, -1, -1, 1234) == 1; },
+            [&] {
+                return troxHalclient::troxResCtlRequest(-1, kDuration, list, -1, -1, 1234) == 1;
+            },
     });
     for (auto _ : state) {
         if (!runs.runOnce()) {

@@ -2,8 +2,8 @@
 //   bench_null_server --dir DIR    publishes the do-nothing service through the kit's sockets
 //   bench_null_server --echo PATH  answers framed requests on a plain Unix socket, one client
 // Either runs until SIGTERM.
-#include "BenchService.h"
 #include "../tests/kit/RawSocket.h"
+#include "BenchService.h"
 
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
@@ -94,7 +94,9 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string mode = argv[1];
-    const int rc = mode == "--dir" ? serveBinder(argv[2]) : mode == "--echo" ? serveEcho(argv[2]) : 2;
+    const int rc = mode == "--dir"    ? serveBinder(argv[2])
+                   : mode == "--echo" ? serveEcho(argv[2])
+                                      : 2;
     if (rc != 0) return rc;
     int sig = 0;
     while (sigwait(&stop, &sig) != 0) {

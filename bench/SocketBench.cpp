@@ -1,7 +1,7 @@
 // Across processes: the Event API pair through the kit's Unix-socket transport against plain
 // Unix-socket round trips of the same sizes, both served by a child process.
-#include "BenchService.h"
 #include "../tests/kit/RawSocket.h"
+#include "BenchService.h"
 #include "pym.h"
 
 #include <android/binder_manager.h>
@@ -11,8 +11,8 @@
 #include <binder_host/service_control.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/socket.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -97,7 +97,8 @@ bool roundTrip(int fd, const RoundTrip& trip, std::vector<uint8_t>& buffer) {
     if (send(fd, buffer.data(), trip.request, MSG_NOSIGNAL) != static_cast<ssize_t>(trip.request)) {
         return false;
     }
-    return vexal::testing::recvExact(fd, buffer.data(), 8) && vexal::testing::recvExact(fd, buffer.data() + 8, trip.reply - 8);
+    return vexal::testing::recvExact(fd, buffer.data(), 8) &&
+           vexal::testing::recvExact(fd, buffer.data() + 8, trip.reply - 8);
 }
 
 // Frame sizes of one call, from the parcels the call really carries.
@@ -156,7 +157,8 @@ void countWaits(benchmark::State& state, long before) {
 }
 
 void bytesCounters(benchmark::State& state) {
-    state.counters["request_bytes"] = static_cast<double>(gAcquireTrip.request + gReleaseTrip.request);
+    state.counters["request_bytes"] =
+            static_cast<double>(gAcquireTrip.request + gReleaseTrip.request);
     state.counters["reply_bytes"] = static_cast<double>(gAcquireTrip.reply + gReleaseTrip.reply);
 }
 
@@ -164,7 +166,8 @@ void BM_SocketRawRoundTrips(benchmark::State& state) {
     std::vector<uint8_t> buffer;
     const long waits = processWaits();
     for (auto _ : state) {
-        if (!roundTrip(gEchoFd, gAcquireTrip, buffer) || !roundTrip(gEchoFd, gReleaseTrip, buffer)) {
+        if (!roundTrip(gEchoFd, gAcquireTrip, buffer) ||
+            !roundTrip(gEchoFd, gReleaseTrip, buffer)) {
             state.SkipWithError("echo failed");
             break;
         }
@@ -230,7 +233,8 @@ void BM_SocketInterleaved(benchmark::State& state) {
                        rawRelease(gProxy.get(), handle) == STATUS_OK;
             },
             [&] {
-                const int32_t handle = PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
+                const int32_t handle =
+                        PymEventAcquire(kEventId, kPkg, kIdentity, kDuration, kResources);
                 PymRelease(handle);
                 return handle == 1;
             },

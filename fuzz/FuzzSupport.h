@@ -4,9 +4,9 @@
 #include <android/binder_parcel_utils.h>
 #include <android/log.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cerrno>
 #include <cstdlib>
 #include <vector>
 
@@ -15,12 +15,12 @@
 namespace vexal::fuzz {
 
 // A mismatch the sanitizers cannot see is still a finding: stop so libFuzzer keeps the input.
-#define FUZZ_CHECK(cond)                                                              \
-    do {                                                                              \
-        if (!(cond)) {                                                                \
+#define FUZZ_CHECK(cond)                                                                  \
+    do {                                                                                  \
+        if (!(cond)) {                                                                    \
             std::fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
-            std::abort();                                                             \
-        }                                                                             \
+            std::abort();                                                                 \
+        }                                                                                 \
     } while (0)
 
 // Library logging is pure cost at millions of inputs per minute.

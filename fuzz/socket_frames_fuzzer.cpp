@@ -30,7 +30,9 @@ binder_status_t onTransact(AIBinder*, transaction_code_t code, const AParcel* in
     return AParcel_writeInt32(reply, value);
 }
 
-void* onCreate(void* args) { return args; }
+void* onCreate(void* args) {
+    return args;
+}
 void onDestroy(void*) {}
 
 int connectToService() {
@@ -66,8 +68,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     FUZZ_CHECK(mkdtemp(dirTemplate) != nullptr);
     const std::string dir = dirTemplate;
     FUZZ_CHECK(binder_host::setHostDirectory(dir));
-    static AIBinder_Class* clazz = AIBinder_Class_define("fuzz.IFrames", onCreate, onDestroy,
-                                                         onTransact);
+    static AIBinder_Class* clazz =
+            AIBinder_Class_define("fuzz.IFrames", onCreate, onDestroy, onTransact);
     AIBinder* service = AIBinder_new(clazz, nullptr);
     FUZZ_CHECK(AServiceManager_addService(service, kInstance) == STATUS_OK);
     AIBinder_decStrong(service);

@@ -33,7 +33,9 @@ AIBinder_Class* gClass = nullptr;
 binder_status_t onTransact(AIBinder*, transaction_code_t, const AParcel*, AParcel*) {
     return STATUS_OK;
 }
-void* onCreate(void* args) { return args; }
+void* onCreate(void* args) {
+    return args;
+}
 void onDestroy(void*) {}
 
 // Polls through libFuzzer's timeout alarm, which interrupts the call.

@@ -20,7 +20,9 @@ namespace {
 
 class IdSink : public IClientCallback {
   public:
-    void onCallback(std::list<PymClient::Resource> resources) override { count += resources.size(); }
+    void onCallback(std::list<PymClient::Resource> resources) override {
+        count += resources.size();
+    }
     size_t count = 0;
 };
 
@@ -37,7 +39,8 @@ std::vector<ndk::SpAIBinder>& proxies() {
     return all;
 }
 
-ndk::SpAIBinder publish(const std::shared_ptr<TroxCallbackClient>& client, const std::string& name) {
+ndk::SpAIBinder publish(const std::shared_ptr<TroxCallbackClient>& client,
+                        const std::string& name) {
     FUZZ_CHECK(AServiceManager_addService(client->asBinder().get(), name.c_str()) == STATUS_OK);
     ndk::SpAIBinder proxy(AServiceManager_checkService(name.c_str()));
     FUZZ_CHECK(proxy.get() != nullptr && AIBinder_isRemote(proxy.get()));

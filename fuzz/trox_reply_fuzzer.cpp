@@ -45,7 +45,9 @@ binder_status_t onTransact(AIBinder*, transaction_code_t, const AParcel*, AParce
     return gScript.status;
 }
 
-void* onCreate(void* args) { return args; }
+void* onCreate(void* args) {
+    return args;
+}
 void onDestroy(void*) {}
 
 class NullCallback : public BnTroxCallback {
@@ -77,6 +79,8 @@ void callBpTrox(ITrox& trox, int which) {
     int32_t i = 0;
     std::string s;
     std::vector<TroxRequestData> records;
+    // One line per call reads as a table.
+    // clang-format off
     switch (which) {
         case 0: (void)trox.reservedSlot1(); break;
         case 1: (void)trox.trox_init(); break;
@@ -96,6 +100,7 @@ void callBpTrox(ITrox& trox, int which) {
         case 15: (void)trox.getInterfaceVersion(&i); break;
         default: (void)trox.getInterfaceHash(&s); break;
     }
+    // clang-format on
 }
 
 // The library's callers, each reading one kind of reply. The entry points documented to throw on
@@ -105,6 +110,8 @@ void callLibrary(int which) {
     std::vector<PymClient::Resource> resources{{0x40400000, "1"}, {0x40800000, "2"}};
     std::string text;
     try {
+        // One line per call reads as a table.
+        // clang-format off
         switch (which) {
             case 0: (void)pymInit(); break;
             case 1: (void)PymResAcquire(resources, 0, "fuzz", 100); break;
@@ -132,6 +139,7 @@ void callLibrary(int which) {
             }
             default: (void)troxHalclient::troxPropertySet("k", "v"); break;
         }
+        // clang-format on
     } catch (const std::bad_optional_access&) {
     } catch (const std::invalid_argument&) {
     } catch (const std::out_of_range&) {
@@ -144,8 +152,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
     vexal::fuzz::quietLogs();
     // Calls from the other side and death notices come in on binder threads only.
     ABinderProcess_startThreadPool();
-    static AIBinder_Class* clazz = AIBinder_Class_define(ITrox::descriptor, onCreate, onDestroy,
-                                                         onTransact);
+    static AIBinder_Class* clazz =
+            AIBinder_Class_define(ITrox::descriptor, onCreate, onDestroy, onTransact);
     AIBinder* raw = AIBinder_new(clazz, nullptr);
     binder_host::declareService(kInstance);
     FUZZ_CHECK(AServiceManager_addService(raw, kInstance) == STATUS_OK);
@@ -171,9 +179,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t statusByte = nextByte();
     gScript = Script{};
     static constexpr binder_status_t kFailures[] = {
-            STATUS_UNKNOWN_ERROR,       STATUS_DEAD_OBJECT, STATUS_FAILED_TRANSACTION,
-            STATUS_BAD_VALUE,           STATUS_NO_MEMORY,   STATUS_UNKNOWN_TRANSACTION,
-            STATUS_UNEXPECTED_NULL,     STATUS_BAD_TYPE};
+            STATUS_UNKNOWN_ERROR,   STATUS_DEAD_OBJECT, STATUS_FAILED_TRANSACTION,
+            STATUS_BAD_VALUE,       STATUS_NO_MEMORY,   STATUS_UNKNOWN_TRANSACTION,
+            STATUS_UNEXPECTED_NULL, STATUS_BAD_TYPE};
     gScript.status = statusByte < 0xf0 ? STATUS_OK : kFailures[statusByte & 7];
     std::vector<int> calls;
     while (input.remaining_bytes() > 0 && calls.size() < 8) {

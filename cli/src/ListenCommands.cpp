@@ -135,8 +135,9 @@ int runListen(const std::vector<std::string>& args, Context& ctx) {
     while (watch.diedBefore(end)) {
         if (!follow) {
             count(ctx, collector);
-            throw CommandFailed("the service died; later changes are not seen (--follow waits "
-                                "for it and listens again)");
+            throw CommandFailed(
+                    "the service died; later changes are not seen (--follow waits "
+                    "for it and listens again)");
         }
         ctx.out.say("the service died; waiting for it to come back");
         ctx.out.append("restarts", nlohmann::json::object());

@@ -38,8 +38,9 @@ void Session::start() {
         }
         setenv("BINDER_HOST_DIR", options_.dir.c_str(), 1);
         if (!binder_host::setHostDirectory(options_.dir)) {
-            throw UsageError("--dir " + options_.dir +
-                             " is refused (a symbolic link, owned by another user, or open to others)");
+            throw UsageError(
+                    "--dir " + options_.dir +
+                    " is refused (a symbolic link, owned by another user, or open to others)");
         }
     }
     // Listener callbacks from another process arrive on binder threads.

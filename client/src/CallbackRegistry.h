@@ -13,8 +13,8 @@ struct TroxCallbackGroup {
     TroxCallbackGroup(std::shared_ptr<TroxCallbackClient> by, std::vector<int> listenedIds,
                       int serviceHandle)
         : ids(std::move(listenedIds)), handle(serviceHandle), client(std::move(by)) {}
-    TroxCallbackGroup(std::shared_ptr<TroxCallbackClient> by, std::vector<std::string> listenedPaths,
-                      int serviceHandle)
+    TroxCallbackGroup(std::shared_ptr<TroxCallbackClient> by,
+                      std::vector<std::string> listenedPaths, int serviceHandle)
         : paths(std::move(listenedPaths)), handle(serviceHandle), client(std::move(by)) {}
 
     std::vector<int> ids;

@@ -25,7 +25,8 @@ void onTroxHalDied(void* /*cookie*/) {
 }
 
 void logFailedCall(const char* name) {
-    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s() failed: trox HAL service not available", name);
+    __android_log_print(ANDROID_LOG_ERROR, kTag, "%s() failed: trox HAL service not available",
+                        name);
 }
 
 }  // namespace

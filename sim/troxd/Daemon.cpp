@@ -64,8 +64,8 @@ std::string parseArgs(int argc, char** argv, Options* options) {
                 char* end = nullptr;
                 errno = 0;
                 const unsigned long long n = std::strtoull(text.c_str(), &end, 10);
-                if (text.empty() || !isdigit(static_cast<unsigned char>(text[0])) ||
-                    *end != '\0' || errno != 0 || n < 1024 || n > (1ull << 28)) {
+                if (text.empty() || !isdigit(static_cast<unsigned char>(text[0])) || *end != '\0' ||
+                    errno != 0 || n < 1024 || n > (1ull << 28)) {
                     err = "--config-limit takes a number of bytes from 1024 to 268435456";
                 } else {
                     options->maxConfigBytes = static_cast<size_t>(n);
@@ -114,7 +114,8 @@ std::string prepareDir(const std::string& dir) {
     if ((st.st_mode & 077) != 0) {
         char mode[8];
         snprintf(mode, sizeof(mode), "%03o", static_cast<unsigned>(st.st_mode & 0777));
-        return "refusing " + dir + ": mode " + mode + " gives access to group or others (chmod 700)";
+        return "refusing " + dir + ": mode " + mode +
+               " gives access to group or others (chmod 700)";
     }
     return {};
 }

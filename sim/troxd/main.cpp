@@ -56,9 +56,9 @@ int main(int argc, char** argv) {
     // Everything that can be wrong is checked before anything is written.
     sim::Config config;
     try {
-        config = options.configPath.empty() ? sim::defaultConfig()
-                                            : sim::loadConfigFile(options.configPath,
-                                                                  options.maxConfigBytes);
+        config = options.configPath.empty()
+                         ? sim::defaultConfig()
+                         : sim::loadConfigFile(options.configPath, options.maxConfigBytes);
     } catch (const sim::ConfigError& e) {
         return fail(std::string("bad configuration: ") + e.what(), 1);
     }

@@ -114,8 +114,8 @@ class PymctlDirMode : public ::testing::Test {
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        const int spawned = vexal::testing::spawnProgram(&pid_, {TROXD_PATH, "--dir", dir_},
-                                                         &actions, environ);
+        const int spawned =
+                vexal::testing::spawnProgram(&pid_, {TROXD_PATH, "--dir", dir_}, &actions, environ);
         posix_spawn_file_actions_destroy(&actions);
         ASSERT_EQ(spawned, 0);
         const auto deadline = std::chrono::steady_clock::now() + kWait;
@@ -211,8 +211,7 @@ TEST_F(PymctlDirMode, ListenSaysWhenTheServiceDiesOrFollowsItBack) {
     ASSERT_TRUE(listener.waitForOutput("the service is back; listening again", kWait))
             << listener.output();
     ASSERT_EQ(run({"acquire", "--action", "ACTION_SWIPE_V", "--duration", "5000"}).exitCode, 0);
-    EXPECT_TRUE(listener.waitForOutput("change: 0x01010020 = 1209600", kWait))
-            << listener.output();
+    EXPECT_TRUE(listener.waitForOutput("change: 0x01010020 = 1209600", kWait)) << listener.output();
     EXPECT_EQ(listener.waitForExit(kWait), 0) << listener.output();
 }
 

@@ -57,7 +57,8 @@ TEST_F(E2eTest, ClientClassControlIsReadBackThroughBothDoors) {
 }
 
 TEST_F(E2eTest, HoldersFromBothDoorsMergeAndTheLastReleaseRestores) {
-    const int32_t launch = PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "l", 0);
+    const int32_t launch =
+            PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "l", 0);
     ASSERT_GT(launch, 0);
     ResourceList higher{{kCluster1MinFreq, std::string("2000000")}};
     const int handle = troxHalclient::troxResCtlRequest(0, higher, getpid());

@@ -52,7 +52,10 @@ class Traffic {
                 if (!timed([&] { return (h = PymEventAcquire(0, "com.e2e", "load", 0, {})) > 0; }))
                     continue;
                 timed([] { return readPym({kCluster1MinFreq})[0] != "<none>"; });
-                timed([h] { PymRelease(h); return true; });
+                timed([h] {
+                    PymRelease(h);
+                    return true;
+                });
             } else {
                 int h = -1;
                 ResourceList set{{kInputBoost, std::string("3")}};

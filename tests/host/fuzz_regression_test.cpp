@@ -19,7 +19,9 @@ using namespace binder_test;
 constexpr const char* kName = "test.vexal.IEcho/default";
 
 std::atomic<int> gDied{0};
-void countDeath(void*) { ++gDied; }
+void countDeath(void*) {
+    ++gDied;
+}
 
 // fuzz_trox_reply: a service failing call after call made the library drop its connection and
 // link a fresh recipient (deleting the old one) every time; the deleted links stayed on the
@@ -29,8 +31,7 @@ TEST(FuzzRegressionTest, DeletedRecipientsDoNotPileUpOnALiveObject) {
     int owner = 0;
     for (int i = 0; i < 1000; ++i) {
         auto state = std::make_shared<binder_impl::RecipientState>(countDeath);
-        ASSERT_EQ(list.add({state, nullptr, reinterpret_cast<const AIBinder*>(&owner)}),
-                  STATUS_OK);
+        ASSERT_EQ(list.add({state, nullptr, reinterpret_cast<const AIBinder*>(&owner)}), STATUS_OK);
         state->deleted = true;  // what AIBinder_DeathRecipient_delete does
     }
     auto live = std::make_shared<binder_impl::RecipientState>(countDeath);

@@ -80,7 +80,9 @@ INSTANTIATE_TEST_SUITE_P(
                         StringCase{"a", "a", "01000000 61000000"},
                         StringCase{"abc", "abc", "03000000 61006200 63000000"},
                         StringCase{"eAcute", "\xc3\xa9", "01000000 e9000000"},
-                        StringCase{"euroBetweenAscii", "a\xe2\x82\xac" "b",
+                        StringCase{"euroBetweenAscii",
+                                   "a\xe2\x82\xac"
+                                   "b",
                                    "03000000 6100ac20 62000000"},
                         StringCase{"beyondBmp", "\xf0\x9f\x98\x80", "02000000 3dd800de 00000000"},
                         StringCase{"null", nullptr, "ffffffff"}),

@@ -14,8 +14,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <string>
 #include <mutex>
+#include <string>
 #include <thread>
 
 #include "../../host/binder/src/socket_frames.h"

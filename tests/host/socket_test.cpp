@@ -531,9 +531,10 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
 
     // Another process that learned the key still cannot join.
     pid_t stranger = 0;
-    ASSERT_EQ(0, vexal::testing::spawnProgram(&stranger, {SOCKET_ECHO_SERVICE, "--join", path,
-                                                          std::to_string(hello->key)},
-                                              nullptr, environ));
+    ASSERT_EQ(0,
+              vexal::testing::spawnProgram(
+                      &stranger, {SOCKET_ECHO_SERVICE, "--join", path, std::to_string(hello->key)},
+                      nullptr, environ));
     int status = -1;
     ASSERT_EQ(stranger, waitpid(stranger, &status, 0));
     ASSERT_TRUE(WIFEXITED(status));

@@ -29,7 +29,8 @@ ChildProcess::ChildProcess(std::vector<std::string> argv, const Options& options
     for (auto& e : env) envp.push_back(e.data());
     envp.push_back(nullptr);
     std::vector<std::pair<int, rlimit>> limits;
-    for (const auto& [resource, value] : options.limits) limits.push_back({resource, {value, value}});
+    for (const auto& [resource, value] : options.limits)
+        limits.push_back({resource, {value, value}});
     int fds[2];
     if (pipe2(fds, O_CLOEXEC) != 0) return;
     pid_ = fork();
@@ -97,6 +98,8 @@ int ChildProcess::waitForExit(std::chrono::milliseconds timeout) {
     return WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
 }
 
-bool ChildProcess::running() { return pid_ > 0 && !reap(WNOHANG); }
+bool ChildProcess::running() {
+    return pid_ > 0 && !reap(WNOHANG);
+}
 
 }  // namespace vexal::testing

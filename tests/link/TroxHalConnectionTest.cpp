@@ -71,7 +71,7 @@ TEST_F(LinkTest, TwoThreadsFindingTroxEmptyConnectOnceAndTheOtherLogsDeclared) {
     ASSERT_EQ(second.get(), CallResult::kOk);
 
     const std::vector<LogLine> lostRace{
-        {ANDROID_LOG_ERROR, kTroxTag, "Trox is not declared, AServiceManager_isDeclared:1"}};
+            {ANDROID_LOG_ERROR, kTroxTag, "Trox is not declared, AServiceManager_isDeclared:1"}};
     const auto lines = logs.linesWithTag(kTroxTag);
     if (kReadersPassAWaitingWriter) {
         EXPECT_EQ(lines, lostRace);

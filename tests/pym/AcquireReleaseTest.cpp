@@ -32,7 +32,11 @@ TroxRequestParcel eventParcel(int32_t kind, std::vector<TroxRequestData> data, i
 
 std::vector<AcquireCase> acquireCases() {
     return {
-            {"EventWithResources", 5, "com.vexal.cam", "preview", 3000,
+            {"EventWithResources",
+             5,
+             "com.vexal.cam",
+             "preview",
+             3000,
              {{0x01010100, "1500000"}, {0x01020200, std::nullopt}, {0x01030300, ""}},
              eventParcel(8,
                          {entry(5), entry(0x01010100, "1500000"), entry(0x01020200, ""),
@@ -41,22 +45,68 @@ std::vector<AcquireCase> acquireCases() {
              ", cmdid:5, pkg:com.vexal.cam, identity:preview",
              {"res_Id:16843008 ,res_Value:1500000, ", "res_Id:16908800 ,res_Value:, ",
               "res_Id:16974592 ,res_Value:, "}},
-            {"EventZero", 0, "p", "i", 1, {}, eventParcel(8, {entry(0)}, 1, "p", "i"),
-             ", cmdid:0, pkg:p, identity:i", {}},
-            {"EventMinusOneIsAnEvent", -1, "p", "i", 1, {},
-             eventParcel(8, {entry(0xFFFFFFFF)}, 1, "p", "i"), ", cmdid:-1, pkg:p, identity:i", {}},
-            {"NegativeIdsAreZeroExtended", -5, "p", "i", 10, {{-5, "v"}},
+            {"EventZero",
+             0,
+             "p",
+             "i",
+             1,
+             {},
+             eventParcel(8, {entry(0)}, 1, "p", "i"),
+             ", cmdid:0, pkg:p, identity:i",
+             {}},
+            {"EventMinusOneIsAnEvent",
+             -1,
+             "p",
+             "i",
+             1,
+             {},
+             eventParcel(8, {entry(0xFFFFFFFF)}, 1, "p", "i"),
+             ", cmdid:-1, pkg:p, identity:i",
+             {}},
+            {"NegativeIdsAreZeroExtended",
+             -5,
+             "p",
+             "i",
+             10,
+             {{-5, "v"}},
              eventParcel(8, {entry(0xFFFFFFFB), entry(0xFFFFFFFB, "v")}, 10, "p", "i"),
-             ", cmdid:-5, pkg:p, identity:i", {"res_Id:-5 ,res_Value:v, "}},
-            {"ResourceAcquisitionSendsOnlyResources", -2, "p", "i", 7, {},
-             eventParcel(1, {}, 7, "p", "i"), ", cmdid:-2, pkg:p, identity:i", {}},
-            {"PlatformAcquisitionSendsOnlyResources", -3, "p", "i", 7, {{42, "x"}},
-             eventParcel(12, {entry(42, "x")}, 7, "p", "i"), ", cmdid:-3, pkg:p, identity:i",
+             ", cmdid:-5, pkg:p, identity:i",
+             {"res_Id:-5 ,res_Value:v, "}},
+            {"ResourceAcquisitionSendsOnlyResources",
+             -2,
+             "p",
+             "i",
+             7,
+             {},
+             eventParcel(1, {}, 7, "p", "i"),
+             ", cmdid:-2, pkg:p, identity:i",
+             {}},
+            {"PlatformAcquisitionSendsOnlyResources",
+             -3,
+             "p",
+             "i",
+             7,
+             {{42, "x"}},
+             eventParcel(12, {entry(42, "x")}, 7, "p", "i"),
+             ", cmdid:-3, pkg:p, identity:i",
              {"res_Id:42 ,res_Value:x, "}},
-            {"EmptyTextsLoggedAsNoneButSentEmpty", 9, "", "", 0, {},
-             eventParcel(8, {entry(9)}, 0, "", ""), ", cmdid:9, pkg:none, identity:none", {}},
-            {"DurationIsSignExtended", 9, "p", "i", INT32_MIN, {},
-             eventParcel(8, {entry(9)}, -2147483648LL, "p", "i"), ", cmdid:9, pkg:p, identity:i",
+            {"EmptyTextsLoggedAsNoneButSentEmpty",
+             9,
+             "",
+             "",
+             0,
+             {},
+             eventParcel(8, {entry(9)}, 0, "", ""),
+             ", cmdid:9, pkg:none, identity:none",
+             {}},
+            {"DurationIsSignExtended",
+             9,
+             "p",
+             "i",
+             INT32_MIN,
+             {},
+             eventParcel(8, {entry(9)}, -2147483648LL, "p", "i"),
+             ", cmdid:9, pkg:p, identity:i",
              {}},
     };
 }
@@ -75,7 +125,8 @@ TEST_P(AcquireTest, SendsTheParcelAndReturnsTheServiceHandle) {
 TEST_P(AcquireTest, OneWayAddsPidAndItsOwnHandle) {
     const AcquireCase& c = GetParam();
 
-    const int32_t handle = PymEventAcquireOneWay(c.cmdid, c.pkg, c.identity, c.duration, c.resources);
+    const int32_t handle =
+            PymEventAcquireOneWay(c.cmdid, c.pkg, c.identity, c.duration, c.resources);
     EXPECT_GE(handle, 0);
     ASSERT_TRUE(fake().waitForCalls(1));
     TroxRequestParcel expected = c.parcel;
@@ -99,13 +150,15 @@ struct ServiceHandleCase {
     int32_t written;
 };
 
-class ServiceHandleTest : public PymTest, public ::testing::WithParamInterface<ServiceHandleCase> {};
+class ServiceHandleTest : public PymTest,
+                          public ::testing::WithParamInterface<ServiceHandleCase> {};
 
 TEST_P(ServiceHandleTest, SuccessReturnsWhatTheServiceWrote) {
     fake().setIntResult("troxResCtlRequest", GetParam().written);
     EXPECT_EQ(PymEventAcquire(1, "p", "i", 1, {}), GetParam().written);
     EXPECT_EQ(fake().callCount(), 1u);
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymEventAcquire, cmdid:1, pkg:p, identity:i")}));
+    EXPECT_EQ(pymLines(),
+              (std::vector<LogLine>{logInfo("PymEventAcquire, cmdid:1, pkg:p, identity:i")}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Handles, ServiceHandleTest,
@@ -118,20 +171,24 @@ TEST_F(PymTest, FailedAcquireLogsThePresetHandleAndReturnsMinusOne) {
     fake().setIntResult("troxResCtlRequest", 12);
     fake().failNextCalls(1);
     EXPECT_EQ(PymEventAcquire(3, "p", "i", 1, {{7, "v"}}), -1);
-    expectOnlyCall(fake(), {"troxResCtlRequest", eventParcel(8, {entry(3), entry(7, "v")}, 1, "p", "i")});
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymEventAcquire, cmdid:3, pkg:p, identity:i"),
-                                                failedLine("PymEventAcquire"),
-                                                logError("troxResCtlRequest error:-1")}));
+    expectOnlyCall(fake(),
+                   {"troxResCtlRequest", eventParcel(8, {entry(3), entry(7, "v")}, 1, "p", "i")});
+    EXPECT_EQ(pymLines(),
+              (std::vector<LogLine>{logInfo("PymEventAcquire, cmdid:3, pkg:p, identity:i"),
+                                    failedLine("PymEventAcquire"),
+                                    logError("troxResCtlRequest error:-1")}));
 }
 
 TEST_F(PymTest, ResAcquireSendsKindOneWithoutPackage) {
     fake().setIntResult("troxResCtlRequest", 21);
     const std::vector<Resource> resources{{0x0101, "3"}, {0x0202, std::nullopt}};
     EXPECT_EQ(PymResAcquire(resources, 99, "ident", 250), 21);
-    expectOnlyCall(fake(), {"troxResCtlRequest",
-                            eventParcel(1, {entry(0x0101, "3"), entry(0x0202, "")}, 250, "", "ident")});
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymResAcquire"),
-                                                logInfo("PymEventAcquire, cmdid:-2, pkg:none, identity:ident")}));
+    expectOnlyCall(fake(),
+                   {"troxResCtlRequest",
+                    eventParcel(1, {entry(0x0101, "3"), entry(0x0202, "")}, 250, "", "ident")});
+    EXPECT_EQ(pymLines(), (std::vector<LogLine>{
+                                  logInfo("PymResAcquire"),
+                                  logInfo("PymEventAcquire, cmdid:-2, pkg:none, identity:ident")}));
 }
 
 TEST_F(PymTest, PlatformResAcquireTakesIdentityBeforePackage) {
@@ -140,8 +197,9 @@ TEST_F(PymTest, PlatformResAcquireTakesIdentityBeforePackage) {
     expectOnlyCall(fake(), {"troxResCtlRequest",
                             eventParcel(12, {entry(0x0303, "9")}, -40, "com.pkg", "ident")});
     EXPECT_EQ(pymLines(),
-              (std::vector<LogLine>{logInfo("PymPlatformResAcquire"),
-                                    logInfo("PymEventAcquire, cmdid:-3, pkg:com.pkg, identity:ident")}));
+              (std::vector<LogLine>{
+                      logInfo("PymPlatformResAcquire"),
+                      logInfo("PymEventAcquire, cmdid:-3, pkg:com.pkg, identity:ident")}));
 }
 
 TEST_F(PymTest, ReleaseSendsTheHandleUnchecked) {
@@ -161,7 +219,7 @@ TEST_F(PymTest, ReleaseSendsTheHandleUnchecked) {
 // request is written: after connecting and before the call, the one moment a death can empty the
 // connection under the function's feet.
 class KillOnResourceLine {
-public:
+  public:
     explicit KillOnResourceLine(FakeTroxService& service) {
         {
             std::lock_guard<std::mutex> lock(sMutex);
@@ -182,7 +240,7 @@ public:
         return sLines;
     }
 
-private:
+  private:
     static void log(const __android_logger_data* data, const char* message) {
         bool kill = false;
         {
@@ -209,9 +267,10 @@ TEST_F(PymTest, OneWayReturnsMinusOneWhenTheConnectionIsGoneBeforeTheCall) {
     for (const auto& line : hook.lines()) {
         if (line.tag == kPymTag) pymOnly.push_back(line);
     }
-    EXPECT_EQ(pymOnly, (std::vector<LogLine>{logInfo("PymEventAcquireOneWay, cmdid:2, pkg:p, identity:i"),
-                                             logDebug("PymEventAcquireOneWay res_Id:8 ,res_Value:v, "),
-                                             logError("Trox HAL Service died")}));
+    EXPECT_EQ(pymOnly,
+              (std::vector<LogLine>{logInfo("PymEventAcquireOneWay, cmdid:2, pkg:p, identity:i"),
+                                    logDebug("PymEventAcquireOneWay res_Id:8 ,res_Value:v, "),
+                                    logError("Trox HAL Service died")}));
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ struct FrameCase {
     const char* name;
     // Void functions give 0. With `failing`, outputs must come back as they went in.
     std::function<int32_t(bool failing)> call;
-    std::vector<LogLine> entry;     // written before connecting
+    std::vector<LogLine> entry;  // written before connecting
     int32_t noConnection;
     // The failed-status path; absent where a failed status cannot be had or is not a failure.
     std::optional<std::vector<LogLine>> failure;  // after the entry lines
@@ -25,28 +25,63 @@ struct FrameCase {
 
 std::vector<FrameCase> frameCases() {
     return {
-            {"Init", [](bool) { return pymInit(); }, {logError("pymInit enter")}, -1,
-             std::vector<LogLine>{failedLine("trox_init")}, -2},
-            {"EventAcquire", [](bool) { return PymEventAcquire(4, "p", "i", 1, {{1, "x"}}); },
-             {logInfo("PymEventAcquire, cmdid:4, pkg:p, identity:i")}, -1,
-             std::vector<LogLine>{failedLine("PymEventAcquire"), logError("troxResCtlRequest error:-1")}},
-            {"ResAcquire", [](bool) { return PymResAcquire({}, 0, "i", 1); },
-             {logInfo("PymResAcquire"), logInfo("PymEventAcquire, cmdid:-2, pkg:none, identity:i")}, -1,
-             std::vector<LogLine>{failedLine("PymEventAcquire"), logError("troxResCtlRequest error:-1")}},
-            {"PlatformResAcquire", [](bool) { return PymPlatformResAcquire({}, 0, "i", "p", 1); },
-             {logInfo("PymPlatformResAcquire"), logInfo("PymEventAcquire, cmdid:-3, pkg:p, identity:i")}, -1,
-             std::vector<LogLine>{failedLine("PymEventAcquire"), logError("troxResCtlRequest error:-1")}},
+            {"Init",
+             [](bool) { return pymInit(); },
+             {logError("pymInit enter")},
+             -1,
+             std::vector<LogLine>{failedLine("trox_init")},
+             -2},
+            {"EventAcquire",
+             [](bool) {
+                 return PymEventAcquire(4, "p", "i", 1, {{1, "x"}});
+             },
+             {logInfo("PymEventAcquire, cmdid:4, pkg:p, identity:i")},
+             -1,
+             std::vector<LogLine>{failedLine("PymEventAcquire"),
+                                  logError("troxResCtlRequest error:-1")}},
+            {"ResAcquire",
+             [](bool) { return PymResAcquire({}, 0, "i", 1); },
+             {logInfo("PymResAcquire"), logInfo("PymEventAcquire, cmdid:-2, pkg:none, identity:i")},
+             -1,
+             std::vector<LogLine>{failedLine("PymEventAcquire"),
+                                  logError("troxResCtlRequest error:-1")}},
+            {"PlatformResAcquire",
+             [](bool) { return PymPlatformResAcquire({}, 0, "i", "p", 1); },
+             {logInfo("PymPlatformResAcquire"),
+              logInfo("PymEventAcquire, cmdid:-3, pkg:p, identity:i")},
+             -1,
+             std::vector<LogLine>{failedLine("PymEventAcquire"),
+                                  logError("troxResCtlRequest error:-1")}},
             // Resource lines come after connecting, so none here.
-            {"EventAcquireOneWay", [](bool) { return PymEventAcquireOneWay(4, "p", "i", 1, {{1, "x"}}); },
-             {logInfo("PymEventAcquireOneWay, cmdid:4, pkg:p, identity:i")}, -1, std::nullopt},
-            {"Release", [](bool) { return PymRelease(7), 0; }, {logInfo("PymRelease, handle:7")}, 0,
-             std::vector<LogLine>{failedLine("troxResCtlRelease")}, 0},
-            {"Notify", [](bool) { return PymNotify(1, 2, {3}); }, {logInfo("PymNotify enter")}, -1,
+            {"EventAcquireOneWay",
+             [](bool) {
+                 return PymEventAcquireOneWay(4, "p", "i", 1, {{1, "x"}});
+             },
+             {logInfo("PymEventAcquireOneWay, cmdid:4, pkg:p, identity:i")},
+             -1,
+             std::nullopt},
+            {"Release",
+             [](bool) { return PymRelease(7), 0; },
+             {logInfo("PymRelease, handle:7")},
+             0,
+             std::vector<LogLine>{failedLine("troxResCtlRelease")},
+             0},
+            {"Notify",
+             [](bool) { return PymNotify(1, 2, {3}); },
+             {logInfo("PymNotify enter")},
+             -1,
              std::vector<LogLine>{failedLine("PymNotify")}},
-            {"RelatedSysInfo", [](bool) { return setRelatedSysInfo(1, 2); }, {}, -1,
+            {"RelatedSysInfo",
+             [](bool) { return setRelatedSysInfo(1, 2); },
+             {},
+             -1,
              std::vector<LogLine>{failedLine("setRelatedSysInfo")}},
-            {"RuleCtl", [](bool) { return pymRuleCtl(3, 4, {{1, "x"}}); },
-             {logInfo("pymRuleCtl, ruleId:3, status:4")}, -1,
+            {"RuleCtl",
+             [](bool) {
+                 return pymRuleCtl(3, 4, {{1, "x"}});
+             },
+             {logInfo("pymRuleCtl, ruleId:3, status:4")},
+             -1,
              std::vector<LogLine>{failedLine("pymRuleCtl")}},
             {"MultiState",
              [](bool failing) {
@@ -57,7 +92,8 @@ std::vector<FrameCase> frameCases() {
                  }
                  return result;
              },
-             {logInfo("PymMutiResStateRequest enter")}, -1,
+             {logInfo("PymMutiResStateRequest enter")},
+             -1,
              std::vector<LogLine>{failedLine("PymMutiResStateRequest")}},
             {"ResState",
              [](bool failing) {
@@ -68,18 +104,25 @@ std::vector<FrameCase> frameCases() {
                  }
                  return 0;
              },
-             {logInfo("PymResStateRequest enter"), logInfo("PymMutiResStateRequest enter")}, 0,
-             std::vector<LogLine>{failedLine("PymMutiResStateRequest")}, 0},
+             {logInfo("PymResStateRequest enter"), logInfo("PymMutiResStateRequest enter")},
+             0,
+             std::vector<LogLine>{failedLine("PymMutiResStateRequest")},
+             0},
             // A failed power-consistency call throws instead; see the state query tests.
-            {"PowerConsis", [](bool) { return PymGetPowerConsis(); }, {logInfo("pym client PymGetPowerConsis")},
-             -1, std::nullopt},
+            {"PowerConsis",
+             [](bool) { return PymGetPowerConsis(); },
+             {logInfo("pym client PymGetPowerConsis")},
+             -1,
+             std::nullopt},
             {"ResStatePowerConsistency",
              [](bool) {
                  std::string value = "kept";
                  PymResStateRequest(kPowerConsistencyOpcode, value);
                  return value == "kept" ? 0 : std::stoi(value);
              },
-             {logInfo("pym client PymGetPowerConsis")}, -1, std::nullopt},
+             {logInfo("pym client PymGetPowerConsis")},
+             -1,
+             std::nullopt},
             {"History",
              [](bool failing) {
                  std::string history = "kept";
@@ -89,11 +132,15 @@ std::vector<FrameCase> frameCases() {
                  }
                  return result;
              },
-             {logInfo("pym client PymGetHistory")}, -1,
+             {logInfo("pym client PymGetHistory")},
+             -1,
              std::vector<LogLine>{
                      logInfo("pym client hal PymGetHistory"), failedLine("PymGetHistory"),
                      logError("failed to get history or return vector empty, data vector size 0")}},
-            {"PMStatus", [](bool) { return PymGetPMStatus(3); }, {logInfo("pym client PymGetPMStatus")}, -1,
+            {"PMStatus",
+             [](bool) { return PymGetPMStatus(3); },
+             {logInfo("pym client PymGetPMStatus")},
+             -1,
              std::vector<LogLine>{
                      logInfo("pym client hal PymGetPMStatus"), failedLine("PymGetPMStatus"),
                      logError("failed to get power mode status, mode 3, data vector size 0")}},
@@ -106,16 +153,21 @@ std::vector<FrameCase> frameCases() {
                  }
                  return result;
              },
-             {logInfo("Pym_fetch_dataset enter")}, -1, std::vector<LogLine>{failedLine("Pym_fetch_dataset")}},
-            {"FeatureStatus", [](bool) { return PymGetFeatureStatus(5); }, {logInfo("PymGetFeatureStatus enter")},
-             -1, std::vector<LogLine>{failedLine("PymGetFeatureStatus")}},
+             {logInfo("Pym_fetch_dataset enter")},
+             -1,
+             std::vector<LogLine>{failedLine("Pym_fetch_dataset")}},
+            {"FeatureStatus",
+             [](bool) { return PymGetFeatureStatus(5); },
+             {logInfo("PymGetFeatureStatus enter")},
+             -1,
+             std::vector<LogLine>{failedLine("PymGetFeatureStatus")}},
     };
 }
 
 using Start = FakeTroxService::Start;
 
 class NoConnectionTest : public ::testing::TestWithParam<std::tuple<FrameCase, Start>> {
-protected:
+  protected:
     const FrameCase& frame() const { return std::get<0>(GetParam()); }
 
     LogCapture logs;
@@ -136,14 +188,15 @@ TEST_P(NoConnectionTest, FailsWithTheConnectLinesThenConnectsOnceTheServiceRuns)
     EXPECT_EQ(service.fake().callCount(), 1u);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-        Functions, NoConnectionTest,
-        ::testing::Combine(::testing::ValuesIn(frameCases()),
-                           ::testing::Values(Start::kNotDeclared, Start::kDeclaredOnly)),
-        [](const auto& p) {
-            return std::string(std::get<0>(p.param).name) +
-                   (std::get<1>(p.param) == Start::kNotDeclared ? "NotDeclared" : "NotRunning");
-        });
+INSTANTIATE_TEST_SUITE_P(Functions, NoConnectionTest,
+                         ::testing::Combine(::testing::ValuesIn(frameCases()),
+                                            ::testing::Values(Start::kNotDeclared,
+                                                              Start::kDeclaredOnly)),
+                         [](const auto& p) {
+                             return std::string(std::get<0>(p.param).name) +
+                                    (std::get<1>(p.param) == Start::kNotDeclared ? "NotDeclared"
+                                                                                 : "NotRunning");
+                         });
 
 std::vector<FrameCase> failingCases() {
     std::vector<FrameCase> cases;
@@ -176,31 +229,34 @@ TEST_P(FailedStatusTest, LogsResetsAndTheNextCallReconnects) {
     logs.clear();
     binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
     EXPECT_EQ(c.call(true), c.noConnection);
-    EXPECT_EQ(pymLines(), (c.entry + std::vector<LogLine>{
-                                            logError("Unable to link to g_pym_hal death notifications!"),
-                                            logError("pym_get_trox_hal_and_link_to_death error:-1")}));
+    EXPECT_EQ(pymLines(),
+              (c.entry +
+               std::vector<LogLine>{logError("Unable to link to g_pym_hal death notifications!"),
+                                    logError("pym_get_trox_hal_and_link_to_death error:-1")}));
     EXPECT_EQ(fake().callCount(), reached);
 
     c.call(false);
     EXPECT_EQ(fake().callCount(), reached + 1) << "the call reaches the service again";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-        Functions, FailedStatusTest,
-        ::testing::Combine(::testing::ValuesIn(failingCases()),
-                           ::testing::Values(FailedBy::kService, FailedBy::kTransport)),
-        [](const auto& p) {
-            return std::string(std::get<0>(p.param).name) +
-                   (std::get<1>(p.param) == FailedBy::kService ? "ByService" : "ByTransport");
-        });
+INSTANTIATE_TEST_SUITE_P(Functions, FailedStatusTest,
+                         ::testing::Combine(::testing::ValuesIn(failingCases()),
+                                            ::testing::Values(FailedBy::kService,
+                                                              FailedBy::kTransport)),
+                         [](const auto& p) {
+                             return std::string(std::get<0>(p.param).name) +
+                                    (std::get<1>(p.param) == FailedBy::kService ? "ByService"
+                                                                                : "ByTransport");
+                         });
 
 TEST_F(PymTest, AfterTheServiceDiesTheNextCallReachesTheNewOne) {
     ASSERT_EQ(pymInit(), 0);
     service.restart();
     EXPECT_EQ(pymInit(), 0);
     EXPECT_EQ(fake().callCount(), 1u) << "the restarted service got the second call";
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logError("pymInit enter"), logError("Trox HAL Service died"),
-                                                logError("pymInit enter")}));
+    EXPECT_EQ(pymLines(),
+              (std::vector<LogLine>{logError("pymInit enter"), logError("Trox HAL Service died"),
+                                    logError("pymInit enter")}));
 }
 
 // Calls, failures and reconnects from several threads at once; sanitizer builds watch for races.

@@ -11,7 +11,7 @@ struct HistoryCase {
     const char* name;
     std::vector<TroxRequestData> reply;
     int32_t result;
-    std::string history;  // starts as "old"
+    std::string history;         // starts as "old"
     std::vector<LogLine> lines;  // after the entry and pre-call lines
 };
 
@@ -25,26 +25,39 @@ TEST_P(HistoryTest, JoinsEveryExtraText) {
     EXPECT_EQ(history, c.history);
     expectOnlyCall(fake(), {"troxResStateRequest", parcelOfKind(11)});
     EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("pym client PymGetHistory"),
-                                               logInfo("pym client hal PymGetHistory")} +
-                                  c.lines));
+                                                logInfo("pym client hal PymGetHistory")} +
+                           c.lines));
 }
 
 INSTANTIATE_TEST_SUITE_P(
         Cases, HistoryTest,
-        ::testing::Values(
-                HistoryCase{"Three",
-                            {entry(1, "v", "a"), entry(2, "w"), entry(3, std::nullopt, "c")},
-                            0,
-                            "start:a;none;c;end",
-                            {logDebug("get history successful: start:a;none;c;end")}},
-                HistoryCase{"One", {entry(0, std::nullopt, "x")}, 0, "start:x;end",
-                            {logDebug("get history successful: start:x;end")}},
-                HistoryCase{"OneWithoutExtra", {entry(0, "value")}, 0, "start:none;end",
-                            {logDebug("get history successful: start:none;end")}},
-                HistoryCase{"EmptyExtraIsKept", {entry(0, std::nullopt, ""), entry(0, std::nullopt, "")},
-                            0, "start:;;end", {logDebug("get history successful: start:;;end")}},
-                HistoryCase{"EmptyReply", {}, -1, "old",
-                            {logError("failed to get history or return vector empty, data vector size 0")}}),
+        ::testing::Values(HistoryCase{"Three",
+                                      {entry(1, "v", "a"), entry(2, "w"),
+                                       entry(3, std::nullopt, "c")},
+                                      0,
+                                      "start:a;none;c;end",
+                                      {logDebug("get history successful: start:a;none;c;end")}},
+                          HistoryCase{"One",
+                                      {entry(0, std::nullopt, "x")},
+                                      0,
+                                      "start:x;end",
+                                      {logDebug("get history successful: start:x;end")}},
+                          HistoryCase{"OneWithoutExtra",
+                                      {entry(0, "value")},
+                                      0,
+                                      "start:none;end",
+                                      {logDebug("get history successful: start:none;end")}},
+                          HistoryCase{"EmptyExtraIsKept",
+                                      {entry(0, std::nullopt, ""), entry(0, std::nullopt, "")},
+                                      0,
+                                      "start:;;end",
+                                      {logDebug("get history successful: start:;;end")}},
+                          HistoryCase{"EmptyReply",
+                                      {},
+                                      -1,
+                                      "old",
+                                      {logError("failed to get history or return vector empty, "
+                                                "data vector size 0")}}),
         [](const auto& p) { return std::string(p.param.name); });
 
 struct StatusCase {
@@ -75,8 +88,8 @@ TEST_P(PMStatusTest, ReadsTheFirstValueAndCatchesConversionErrors) {
     EXPECT_EQ(result, c.result);
     expectOnlyCall(fake(), {"troxResStateRequest", parcelOfKind(13, {entry(0xFFFFFFFB)})});
     EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("pym client PymGetPMStatus"),
-                                               logInfo("pym client hal PymGetPMStatus")} +
-                                  c.lines));
+                                                logInfo("pym client hal PymGetPMStatus")} +
+                           c.lines));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -85,14 +98,28 @@ INSTANTIATE_TEST_SUITE_P(
                 StatusCase{"Number", {entry(0, "3")}, 3, {}, ""},
                 StatusCase{"LeadingBlank", {entry(0, " 7"), entry(0, "8")}, 7, {}, ""},
                 StatusCase{"Negative", {entry(0, "-2x")}, -2, {}, ""},
-                StatusCase{"TooLarge", {entry(0, "99999999999")}, -1, {},
+                StatusCase{"TooLarge",
+                           {entry(0, "99999999999")},
+                           -1,
+                           {},
                            "Out of range exception: " + stoiWhat("99999999999") + "\n"},
-                StatusCase{"NotANumber", {entry(0, "abc")}, -1, {},
+                StatusCase{"NotANumber",
+                           {entry(0, "abc")},
+                           -1,
+                           {},
                            "Invalid argument exception: " + stoiWhat("abc") + "\n"},
-                StatusCase{"EmptyReply", {}, -1,
-                           {logError("failed to get power mode status, mode -5, data vector size 0")}, ""},
-                StatusCase{"FirstWithoutValue", {entry(0), entry(0, "1")}, -1,
-                           {logError("failed to get power mode status, mode -5, data vector size 2")}, ""}),
+                StatusCase{
+                        "EmptyReply",
+                        {},
+                        -1,
+                        {logError("failed to get power mode status, mode -5, data vector size 0")},
+                        ""},
+                StatusCase{
+                        "FirstWithoutValue",
+                        {entry(0), entry(0, "1")},
+                        -1,
+                        {logError("failed to get power mode status, mode -5, data vector size 2")},
+                        ""}),
         [](const auto& p) { return std::string(p.param.name); });
 
 class FeatureStatusTest : public PymTest, public ::testing::WithParamInterface<StatusCase> {};
@@ -105,15 +132,20 @@ TEST_P(FeatureStatusTest, ReadsTheOnlyEntry) {
     EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymGetFeatureStatus enter")} + c.lines));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-        Cases, FeatureStatusTest,
-        ::testing::Values(
-                StatusCase{"Number", {entry(0x30, "1")}, 1, {}, ""},
-                StatusCase{"LeadingBlank", {entry(0, " 7")}, 7, {}, ""},
-                StatusCase{"TwoEntriesWithValues", {entry(0x30, "1"), entry(0x30, "2")}, -1,
-                           {logError("failed to get resource value, 2")}, ""},
-                StatusCase{"EmptyReply", {}, -1, {logError("failed to get resource value, 0")}, ""}),
-        [](const auto& p) { return std::string(p.param.name); });
+INSTANTIATE_TEST_SUITE_P(Cases, FeatureStatusTest,
+                         ::testing::Values(StatusCase{"Number", {entry(0x30, "1")}, 1, {}, ""},
+                                           StatusCase{"LeadingBlank", {entry(0, " 7")}, 7, {}, ""},
+                                           StatusCase{"TwoEntriesWithValues",
+                                                      {entry(0x30, "1"), entry(0x30, "2")},
+                                                      -1,
+                                                      {logError("failed to get resource value, 2")},
+                                                      ""},
+                                           StatusCase{"EmptyReply",
+                                                      {},
+                                                      -1,
+                                                      {logError("failed to get resource value, 0")},
+                                                      ""}),
+                         [](const auto& p) { return std::string(p.param.name); });
 
 struct FeatureThrowCase {
     const char* name;
@@ -134,12 +166,18 @@ TEST_P(FeatureStatusThrowTest, ConversionErrorsEscape) {
 INSTANTIATE_TEST_SUITE_P(
         Replies, FeatureStatusThrowTest,
         ::testing::Values(
-                FeatureThrowCase{"WithoutValue", {entry(0x30)},
-                                 [] { EXPECT_THROW(PymGetFeatureStatus(0x30), std::bad_optional_access); }},
-                FeatureThrowCase{"NotANumber", {entry(0x30, "abc")},
-                                 [] { EXPECT_THROW(PymGetFeatureStatus(0x30), std::invalid_argument); }},
-                FeatureThrowCase{"TooLarge", {entry(0x30, "99999999999")},
-                                 [] { EXPECT_THROW(PymGetFeatureStatus(0x30), std::out_of_range); }}),
+                FeatureThrowCase{
+                        "WithoutValue",
+                        {entry(0x30)},
+                        [] { EXPECT_THROW(PymGetFeatureStatus(0x30), std::bad_optional_access); }},
+                FeatureThrowCase{
+                        "NotANumber",
+                        {entry(0x30, "abc")},
+                        [] { EXPECT_THROW(PymGetFeatureStatus(0x30), std::invalid_argument); }},
+                FeatureThrowCase{
+                        "TooLarge",
+                        {entry(0x30, "99999999999")},
+                        [] { EXPECT_THROW(PymGetFeatureStatus(0x30), std::out_of_range); }}),
         [](const auto& p) { return std::string(p.param.name); });
 
 TEST_F(PymTest, FetchDatasetAppendsToWhatIsThere) {

@@ -33,11 +33,17 @@ TEST_P(NotifyTest, SendsOneIdEntryPerValueAndNoValues) {
 INSTANTIATE_TEST_SUITE_P(
         Cases, NotifyTest,
         ::testing::Values(
-                NotifyCase{"TwoValues", 3, 4, {5, 7},
+                NotifyCase{"TwoValues",
+                           3,
+                           4,
+                           {5, 7},
                            {entry(0x0000000400000003), entry(0x0000000400000003)}},
                 NotifyCase{"NoValuesStillOneEntry", 3, 4, {}, {entry(0x0000000400000003)}},
                 NotifyCase{"LowWordIsNotSignExtended", -1, 0, {1}, {entry(0x00000000FFFFFFFF)}},
-                NotifyCase{"HighWordNegative", 1, -1, {9, 9, 9},
+                NotifyCase{"HighWordNegative",
+                           1,
+                           -1,
+                           {9, 9, 9},
                            std::vector<TroxRequestData>(3, entry(kHighAllOnesLowOne))}),
         [](const auto& p) { return std::string(p.param.name); });
 
@@ -48,10 +54,8 @@ struct IntResultCase {
 };
 
 class IntResultTest : public PymTest, public ::testing::WithParamInterface<IntResultCase> {
-protected:
-    void script(const char* method) {
-        fake().setIntResult(method, GetParam().written);
-    }
+  protected:
+    void script(const char* method) { fake().setIntResult(method, GetParam().written); }
 };
 
 TEST_P(IntResultTest, Notify) {
@@ -73,8 +77,7 @@ TEST_P(IntResultTest, RuleCtl) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Results, IntResultTest,
-                         ::testing::Values(IntResultCase{"Positive", 17},
-                                           IntResultCase{"Zero", 0},
+                         ::testing::Values(IntResultCase{"Positive", 17}, IntResultCase{"Zero", 0},
                                            IntResultCase{"MinusOne", -1},
                                            IntResultCase{"Negative", -8}),
                          [](const auto& p) { return std::string(p.param.name); });
@@ -103,20 +106,23 @@ TEST_P(RuleCtlTest, RuleAndStatusTravelAsArgumentsWithTheResourceList) {
     expectOnlyCall(fake(), {"troxRuleCtl", std::nullopt, {c.ruleId, c.status}, c.sent});
     EXPECT_EQ(pymLines(),
               (std::vector<LogLine>{logInfo("pymRuleCtl, ruleId:" + std::to_string(c.ruleId) +
-                                         ", status:" + std::to_string(c.status))}));
+                                            ", status:" + std::to_string(c.status))}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
         Cases, RuleCtlTest,
-        ::testing::Values(
-                RuleCase{"EmptyList", 8, 1, {}, {}},
-                RuleCase{"ResourcesInOrder", 9, 1,
-                         {{0x010112F0, "enable 0"}, {0x01011910, "0"}},
-                         {entry(0x010112F0, "enable 0"), entry(0x01011910, "0")}},
-                RuleCase{"MissingValueSentEmpty", 14, 0,
-                         {{5, std::nullopt}, {-5, std::nullopt}},
-                         {entry(5, ""), entry(0xFFFFFFFB, "")}},
-                RuleCase{"NegativeRuleAndStatus", -3, -200, {{1, "x"}}, {entry(1, "x")}}),
+        ::testing::Values(RuleCase{"EmptyList", 8, 1, {}, {}},
+                          RuleCase{"ResourcesInOrder",
+                                   9,
+                                   1,
+                                   {{0x010112F0, "enable 0"}, {0x01011910, "0"}},
+                                   {entry(0x010112F0, "enable 0"), entry(0x01011910, "0")}},
+                          RuleCase{"MissingValueSentEmpty",
+                                   14,
+                                   0,
+                                   {{5, std::nullopt}, {-5, std::nullopt}},
+                                   {entry(5, ""), entry(0xFFFFFFFB, "")}},
+                          RuleCase{"NegativeRuleAndStatus", -3, -200, {{1, "x"}}, {entry(1, "x")}}),
         [](const auto& p) { return std::string(p.param.name); });
 
 }  // namespace

@@ -105,7 +105,8 @@ inline std::vector<LogLine> notDeclaredLines() {
 }
 
 inline std::vector<LogLine> notRunningLines() {
-    return {logError("Trox HAL Service not found"), logError("pym_get_trox_hal_and_link_to_death error:-1")};
+    return {logError("Trox HAL Service not found"),
+            logError("pym_get_trox_hal_and_link_to_death error:-1")};
 }
 
 inline LogLine failedLine(const std::string& name) {
@@ -115,7 +116,7 @@ inline LogLine failedLine(const std::string& name) {
 // Log capture first, so that it outlives the service: the service's destructor kills it, and the
 // death notification empties the Event API's connection for the next test.
 class PymTest : public ::testing::Test {
-protected:
+  protected:
     std::vector<LogLine> pymLines() const { return logs.linesWithTag(kPymTag); }
     FakeTrox& fake() { return service.fake(); }
 

@@ -41,7 +41,7 @@ int scriptedClose(int fd) {
 }
 
 class RandomHandleTest : public PymTest {
-protected:
+  protected:
     void SetUp() override {
         gDevice = ScriptedDevice{};
         mReal = pym::randomSource();
@@ -56,7 +56,7 @@ protected:
         gDevice.bytes[3] = b3;
     }
 
-private:
+  private:
     pym::RandomSource mReal{};
 };
 
@@ -103,7 +103,7 @@ TEST_P(ShortReadTest, LogsTheLengthAndClosesTheDevice) {
     EXPECT_EQ(pymGetRandomHandle(), -1);
     EXPECT_EQ(gDevice.log, (std::vector<std::string>{kOpen, "read 40 4", "close 40"}));
     EXPECT_EQ(pymLines(), (std::vector<LogLine>{logError("pymClient read /dev/urandom failed,len(" +
-                                                      std::to_string(GetParam()) + ") \n")}));
+                                                         std::to_string(GetParam()) + ") \n")}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Lengths, ShortReadTest, ::testing::Values(0, 3));
@@ -140,26 +140,29 @@ TEST_F(RandomHandleTest, OneWayWithAFailedDrawSendsAndReturnsMinusOne) {
     expected.pid = getpid();
     expected.handle = -1;
     expectOnlyCall(fake(), {"troxResCtlRequestOneWay", expected});
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymEventAcquireOneWay, cmdid:11, pkg:none, identity:i"),
-                                                logError("pymClient open /dev/urandom failed: fd(-2) \n"),
-                                                logDebug("PymEventAcquireOneWay res_Id:3 ,res_Value:, ")}));
+    EXPECT_EQ(pymLines(), (std::vector<LogLine>{
+                                  logInfo("PymEventAcquireOneWay, cmdid:11, pkg:none, identity:i"),
+                                  logError("pymClient open /dev/urandom failed: fd(-2) \n"),
+                                  logDebug("PymEventAcquireOneWay res_Id:3 ,res_Value:, ")}));
 }
 
 TEST_F(RandomHandleTest, FailedOneWayStillReturnsTheDrawnHandleAndReconnectsNextTime) {
     setBytes(0x2A, 0x00, 0x00, 0x00);
     binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION);
     EXPECT_EQ(PymEventAcquireOneWay(11, "p", "i", 5, {{3, "v"}}), 42);
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymEventAcquireOneWay, cmdid:11, pkg:p, identity:i"),
-                                                logDebug("PymEventAcquireOneWay res_Id:3 ,res_Value:v, "),
-                                                failedLine("PymEventAcquireOneWay"),
-                                                logError("troxResCtlRequest error:42")}));
+    EXPECT_EQ(pymLines(),
+              (std::vector<LogLine>{logInfo("PymEventAcquireOneWay, cmdid:11, pkg:p, identity:i"),
+                                    logDebug("PymEventAcquireOneWay res_Id:3 ,res_Value:v, "),
+                                    failedLine("PymEventAcquireOneWay"),
+                                    logError("troxResCtlRequest error:42")}));
 
     logs.clear();
     binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
     EXPECT_EQ(PymEventAcquireOneWay(11, "p", "i", 5, {}), -1);
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymEventAcquireOneWay, cmdid:11, pkg:p, identity:i"),
-                                                logError("Unable to link to g_pym_hal death notifications!"),
-                                                logError("pym_get_trox_hal_and_link_to_death error:-1")}));
+    EXPECT_EQ(pymLines(),
+              (std::vector<LogLine>{logInfo("PymEventAcquireOneWay, cmdid:11, pkg:p, identity:i"),
+                                    logError("Unable to link to g_pym_hal death notifications!"),
+                                    logError("pym_get_trox_hal_and_link_to_death error:-1")}));
 
     EXPECT_EQ(PymEventAcquireOneWay(11, "p", "i", 5, {}), 42);
     ASSERT_TRUE(fake().waitForCalls(1));

@@ -16,7 +16,7 @@ struct MultiCase {
     std::vector<TroxRequestData> reply;
     int32_t result;
     std::vector<std::optional<std::string>> values;  // the caller's values afterwards
-    std::vector<LogLine> lines;                       // after the entry line
+    std::vector<LogLine> lines;                      // after the entry line
 };
 
 class MultiStateTest : public PymTest, public ::testing::WithParamInterface<MultiCase> {};
@@ -32,51 +32,52 @@ TEST_P(MultiStateTest, FillsMatchedValuesAndCountsThem) {
     for (const auto& resource : resources) values.push_back(resource.value);
     EXPECT_EQ(values, c.values);
     for (size_t i = 0; i < resources.size(); ++i) EXPECT_EQ(resources[i].id, c.resources[i].id);
-    EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymMutiResStateRequest enter")} + c.lines));
+    EXPECT_EQ(pymLines(),
+              (std::vector<LogLine>{logInfo("PymMutiResStateRequest enter")} + c.lines));
 }
 
 INSTANTIATE_TEST_SUITE_P(
         Cases, MultiStateTest,
-        ::testing::Values(
-                MultiCase{"MatchesByLowWordInCallerOrder",
-                          {{0x1000, "old"}, {-5, std::nullopt}, {0x2000, "x"}},
-                          {entry(0x1000), entry(0xFFFFFFFB), entry(0x2000)},
-                          {entry(0x2000, "20"), entry(0x00000007FFFFFFFB, "5")},
-                          2,
-                          {"old", "5", "20"},
-                          {logInfo("not match any opcode in pymcore"),
-                           logDebug("get resource value, opcode 0xfffffffb, value 5"),
-                           logDebug("get resource value, opcode 0x00002000, value 20")}},
-                MultiCase{"OtherIdsLeaveEverythingAndCountZero",
-                          {{1, "a"}, {2, std::nullopt}},
-                          {entry(1), entry(2)},
-                          {entry(3, "c")},
-                          0,
-                          {"a", std::nullopt},
-                          {logInfo("not match any opcode in pymcore"),
-                           logInfo("not match any opcode in pymcore")}},
-                MultiCase{"MatchWithoutValueIsSkippedSilently",
-                          {{1, "a"}, {2, "b"}},
-                          {entry(1), entry(2)},
-                          {entry(1), entry(2, "")},
-                          1,
-                          {"a", ""},
-                          {logDebug("get resource value, opcode 0x00000002, value ")}},
-                MultiCase{"RepeatedIdsTakeTheFirstMatch",
-                          {{4, std::nullopt}, {4, std::nullopt}},
-                          {entry(4), entry(4)},
-                          {entry(4, "first"), entry(4, "second")},
-                          2,
-                          {"first", "first"},
-                          {logDebug("get resource value, opcode 0x00000004, value first"),
-                           logDebug("get resource value, opcode 0x00000004, value first")}},
-                MultiCase{"EmptyReplyFails",
-                          {{1, "a"}},
-                          {entry(1)},
-                          {},
-                          -1,
-                          {"a"},
-                          {logError("failed to get resource value")}}),
+        ::testing::Values(MultiCase{"MatchesByLowWordInCallerOrder",
+                                    {{0x1000, "old"}, {-5, std::nullopt}, {0x2000, "x"}},
+                                    {entry(0x1000), entry(0xFFFFFFFB), entry(0x2000)},
+                                    {entry(0x2000, "20"), entry(0x00000007FFFFFFFB, "5")},
+                                    2,
+                                    {"old", "5", "20"},
+                                    {logInfo("not match any opcode in pymcore"),
+                                     logDebug("get resource value, opcode 0xfffffffb, value 5"),
+                                     logDebug("get resource value, opcode 0x00002000, value 20")}},
+                          MultiCase{"OtherIdsLeaveEverythingAndCountZero",
+                                    {{1, "a"}, {2, std::nullopt}},
+                                    {entry(1), entry(2)},
+                                    {entry(3, "c")},
+                                    0,
+                                    {"a", std::nullopt},
+                                    {logInfo("not match any opcode in pymcore"),
+                                     logInfo("not match any opcode in pymcore")}},
+                          MultiCase{"MatchWithoutValueIsSkippedSilently",
+                                    {{1, "a"}, {2, "b"}},
+                                    {entry(1), entry(2)},
+                                    {entry(1), entry(2, "")},
+                                    1,
+                                    {"a", ""},
+                                    {logDebug("get resource value, opcode 0x00000002, value ")}},
+                          MultiCase{
+                                  "RepeatedIdsTakeTheFirstMatch",
+                                  {{4, std::nullopt}, {4, std::nullopt}},
+                                  {entry(4), entry(4)},
+                                  {entry(4, "first"), entry(4, "second")},
+                                  2,
+                                  {"first", "first"},
+                                  {logDebug("get resource value, opcode 0x00000004, value first"),
+                                   logDebug("get resource value, opcode 0x00000004, value first")}},
+                          MultiCase{"EmptyReplyFails",
+                                    {{1, "a"}},
+                                    {entry(1)},
+                                    {},
+                                    -1,
+                                    {"a"},
+                                    {logError("failed to get resource value")}}),
         [](const auto& p) { return std::string(p.param.name); });
 
 TEST_F(PymTest, MultiStateRejectsAnEmptyListWithoutCalling) {
@@ -90,7 +91,7 @@ TEST_F(PymTest, MultiStateRejectsAnEmptyListWithoutCalling) {
 struct SingleCase {
     const char* name;
     std::vector<TroxRequestData> reply;
-    std::string value;  // afterwards; starts as "before"
+    std::string value;           // afterwards; starts as "before"
     std::vector<LogLine> lines;  // after the two entry lines
 };
 
@@ -104,20 +105,28 @@ TEST_P(SingleStateTest, SetsTheValueOnlyWhenExactlyOneCameBack) {
     EXPECT_EQ(value, c.value);
     expectOnlyCall(fake(), {"troxResStateRequest", parcelOfKind(0, {entry(0x0101)})});
     EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo("PymResStateRequest enter"),
-                                               logInfo("PymMutiResStateRequest enter")} +
-                                  c.lines));
+                                                logInfo("PymMutiResStateRequest enter")} +
+                           c.lines));
 }
 
 INSTANTIATE_TEST_SUITE_P(
         Cases, SingleStateTest,
         ::testing::Values(
-                SingleCase{"Value", {entry(0x0101, "1800")}, "1800",
+                SingleCase{"Value",
+                           {entry(0x0101, "1800")},
+                           "1800",
                            {logDebug("get resource value, opcode 0x00000101, value 1800")}},
-                SingleCase{"EmptyValue", {entry(0x0101, "")}, "",
+                SingleCase{"EmptyValue",
+                           {entry(0x0101, "")},
+                           "",
                            {logDebug("get resource value, opcode 0x00000101, value ")}},
-                SingleCase{"CutAtTheFirstNul", {entry(0x0101, std::string("12\0ab", 5))}, "12",
+                SingleCase{"CutAtTheFirstNul",
+                           {entry(0x0101, std::string("12\0ab", 5))},
+                           "12",
                            {logDebug("get resource value, opcode 0x00000101, value 12")}},
-                SingleCase{"NoMatch", {entry(0x0102, "9")}, "before",
+                SingleCase{"NoMatch",
+                           {entry(0x0102, "9")},
+                           "before",
                            {logInfo("not match any opcode in pymcore")}},
                 SingleCase{"MatchWithoutValue", {entry(0x0101)}, "before", {}},
                 SingleCase{"EmptyReply", {}, "before", {logError("failed to get resource value")}}),
@@ -149,11 +158,14 @@ TEST_P(PowerConsisTest, ReadsTheFirstReplyValueAsANumber) {
 
 INSTANTIATE_TEST_SUITE_P(
         Cases, PowerConsisTest,
-        ::testing::Values(
-                ConsisCase{"Plain", {entry(kPowerConsistencyOpcode, "35")}, 35},
-                ConsisCase{"LeadingBlankTrailingText", {entry(kPowerConsistencyOpcode, " 42abc")}, 42},
-                ConsisCase{"Negative", {entry(kPowerConsistencyOpcode, "-7")}, -7},
-                ConsisCase{"OnlyTheFirstEntryCounts", {entry(1, "3"), entry(kPowerConsistencyOpcode, "4")}, 3}),
+        ::testing::Values(ConsisCase{"Plain", {entry(kPowerConsistencyOpcode, "35")}, 35},
+                          ConsisCase{"LeadingBlankTrailingText",
+                                     {entry(kPowerConsistencyOpcode, " 42abc")},
+                                     42},
+                          ConsisCase{"Negative", {entry(kPowerConsistencyOpcode, "-7")}, -7},
+                          ConsisCase{"OnlyTheFirstEntryCounts",
+                                     {entry(1, "3"), entry(kPowerConsistencyOpcode, "4")},
+                                     3}),
         [](const auto& p) { return std::string(p.param.name); });
 
 // Which exception leaves, for a reply the service gives; both doors let it through.
@@ -189,17 +201,20 @@ TEST_P(PowerConsisThrowTest, EscapesFromResStateRequestLeavingTheValue) {
 
 INSTANTIATE_TEST_SUITE_P(
         Replies, PowerConsisThrowTest,
-        ::testing::Values(
-                ThrowCase{"NotANumber", {entry(kPowerConsistencyOpcode, "abc")},
-                          throws<std::invalid_argument>()},
-                ThrowCase{"EmptyText", {entry(kPowerConsistencyOpcode, "")},
-                          throws<std::invalid_argument>()},
-                ThrowCase{"TooLarge", {entry(kPowerConsistencyOpcode, "99999999999")},
-                          throws<std::out_of_range>()},
-                ThrowCase{"FirstEntryWithoutValue",
-                          {entry(kPowerConsistencyOpcode), entry(kPowerConsistencyOpcode, "1")},
-                          throws<std::bad_optional_access>()},
-                ThrowCase{"EmptyReply", {}, throws<std::bad_optional_access>()}),
+        ::testing::Values(ThrowCase{"NotANumber",
+                                    {entry(kPowerConsistencyOpcode, "abc")},
+                                    throws<std::invalid_argument>()},
+                          ThrowCase{"EmptyText",
+                                    {entry(kPowerConsistencyOpcode, "")},
+                                    throws<std::invalid_argument>()},
+                          ThrowCase{"TooLarge",
+                                    {entry(kPowerConsistencyOpcode, "99999999999")},
+                                    throws<std::out_of_range>()},
+                          ThrowCase{"FirstEntryWithoutValue",
+                                    {entry(kPowerConsistencyOpcode),
+                                     entry(kPowerConsistencyOpcode, "1")},
+                                    throws<std::bad_optional_access>()},
+                          ThrowCase{"EmptyReply", {}, throws<std::bad_optional_access>()}),
         [](const auto& p) { return std::string(p.param.name); });
 
 TEST_F(PymTest, FailedPowerConsisThrowsAndKeepsTheConnection) {

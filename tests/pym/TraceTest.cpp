@@ -52,7 +52,7 @@ namespace {
 
 // Records trace calls while it lives, with the always-on tag switched as asked.
 class TraceCapture {
-public:
+  public:
     explicit TraceCapture(bool enabled) {
         atrace_init();
         atrace_enabled_tags = enabled ? ATRACE_TAG_ALWAYS : 0;
@@ -95,7 +95,10 @@ TEST_P(TraceMarkerTest, NothingWhenTheTagIsOff) {
 INSTANTIATE_TEST_SUITE_P(
         Calls, TraceMarkerTest,
         ::testing::Values(
-                MarkerCase{"Acquire", [] { PymEventAcquire(5, "com.a", "id1", 3000, {{1, "2"}}); },
+                MarkerCase{"Acquire",
+                           [] {
+                               PymEventAcquire(5, "com.a", "id1", 3000, {{1, "2"}});
+                           },
                            "PymEventAcquire  cmd_id:5 pkg:com.a identity:id1 duration:3000"},
                 MarkerCase{"AcquireEmptyTexts", [] { PymEventAcquire(-5, "", "", -1, {}); },
                            "PymEventAcquire  cmd_id:-5 pkg:none identity:none duration:-1"},
@@ -103,7 +106,8 @@ INSTANTIATE_TEST_SUITE_P(
                            "PymEventAcquireOneWay  cmd_id:6 pkg:com.b identity:id2 duration:10"},
                 MarkerCase{"ResAcquire", [] { PymResAcquire({}, 0, "id3", 4); },
                            "PymEventAcquire  cmd_id:-2 pkg:none identity:id3 duration:4"},
-                MarkerCase{"PlatformResAcquire", [] { PymPlatformResAcquire({}, 0, "id4", "pk", 4); },
+                MarkerCase{"PlatformResAcquire",
+                           [] { PymPlatformResAcquire({}, 0, "id4", "pk", 4); },
                            "PymEventAcquire  cmd_id:-3 pkg:pk identity:id4 duration:4"},
                 MarkerCase{"Release", [] { PymRelease(-77); }, "PymRelease: -77"}),
         [](const auto& p) { return std::string(p.param.name); });
@@ -115,10 +119,11 @@ TEST(TraceWithoutServiceTest, MarkerIsWrittenBeforeConnecting) {
     EXPECT_EQ(PymEventAcquire(1, "p", "i", 2, {}), -1);
     PymRelease(3);
     EXPECT_EQ(trace.events(),
-              (std::vector<TraceEvent>{{true, "PymEventAcquire  cmd_id:1 pkg:p identity:i duration:2"},
-                                       {false, ""},
-                                       {true, "PymRelease: 3"},
-                                       {false, ""}}));
+              (std::vector<TraceEvent>{
+                      {true, "PymEventAcquire  cmd_id:1 pkg:p identity:i duration:2"},
+                      {false, ""},
+                      {true, "PymRelease: 3"},
+                      {false, ""}}));
 }
 
 // Long texts are cut in the 1024-byte trace buffer only (1022 characters and the terminator);
@@ -156,7 +161,7 @@ TEST_P(LongTextTest, OnlyTheTraceTextIsCut) {
     EXPECT_EQ(events, marker(full.substr(0, 1022)));
 
     EXPECT_EQ(pymLines(), (std::vector<LogLine>{logInfo(name + ", cmdid:-2147483648, pkg:" + pkg +
-                                                     ", identity:ident")}));
+                                                        ", identity:ident")}));
     ASSERT_TRUE(fake().waitForCalls(1));
     TroxRequestParcel expected = parcelOfKind(8, {entry(0x80000000)});
     expected.duration = INT32_MIN;

@@ -461,8 +461,8 @@ TEST_F(LimitedServiceTest, TextsOverTheLimitAreRefusedAndNothingIsKept) {
             EXPECT_EQ(service().activeRequests(), c.accepted ? 1u : 0u);
             if (result > 0) release(result);
         }
-        EXPECT_EQ(logged(logs, what + " of " + std::to_string(c.length) +
-                                       " characters, the limit is 32"),
+        EXPECT_EQ(logged(logs,
+                         what + " of " + std::to_string(c.length) + " characters, the limit is 32"),
                   !c.accepted);
     }
 }

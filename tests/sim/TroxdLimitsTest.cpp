@@ -127,14 +127,18 @@ class TroxdLimitsTest : public testing::Test {
     }
 
     // troxd serving in this test's directory, with BINDER_HOST_* limits and resource limits.
-    ChildProcess& start(std::vector<std::string> env, const ChildProcess::Options::Limits& limits = {}) {
+    ChildProcess& start(std::vector<std::string> env,
+                        const ChildProcess::Options::Limits& limits = {}) {
         env.push_back("BINDER_HOST_DIR=" + dir_);
-        service_ = std::make_unique<ChildProcess>(std::vector<std::string>{TROXD_PATH, "--dir", dir_},
-                                                  ChildProcess::Options{env, limits});
+        service_ =
+                std::make_unique<ChildProcess>(std::vector<std::string>{TROXD_PATH, "--dir", dir_},
+                                               ChildProcess::Options{env, limits});
         EXPECT_TRUE(service_->waitForOutput("serving " + std::string(kName))) << service_->output();
         return *service_;
     }
-    std::string socketFile() const { return dir_ + "/vendor.vexal.hardware.trox.ITrox%2fdefault.sock"; }
+    std::string socketFile() const {
+        return dir_ + "/vendor.vexal.hardware.trox.ITrox%2fdefault.sock";
+    }
 
     static std::shared_ptr<ITrox> waitForTrox() {
         return ITrox::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kName)));
@@ -175,7 +179,8 @@ TEST_F(TroxdLimitsTest, ConnectionCapRefusesExtraSocketsAndServesTheRest) {
     std::cout << "[ figure ] sockets held beside the test's own at a cap of 8: " << held << "\n";
     EXPECT_LT(held, 8u) << "the cap never refused";
     EXPECT_GE(held, 5u) << "refused below the cap";
-    EXPECT_TRUE(service.waitForOutput("the limit (BINDER_HOST_MAX_CONNECTIONS)")) << service.output();
+    EXPECT_TRUE(service.waitForOutput("the limit (BINDER_HOST_MAX_CONNECTIONS)"))
+            << service.output();
     EXPECT_TRUE(served(trox));
 
     // A closed socket makes room once the service has seen it go.

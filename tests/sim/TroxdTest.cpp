@@ -14,7 +14,6 @@
 
 #include "Daemon.h"
 
-
 namespace {
 
 std::string tempDir() {
@@ -131,8 +130,8 @@ TEST(TroxdTest, ASecondDaemonOnTheDirectoryIsRefusedAndTheFirstKeepsServing) {
         bool lockFileRemoved;  // then the live socket is what stops the second one
         std::string message;   // followed by the first one's pid
     };
-    for (const Case& c : {Case{false, "troxd: another troxd (pid "},
-                          Case{true, "is in use by pid "}}) {
+    for (const Case& c :
+         {Case{false, "troxd: another troxd (pid "}, Case{true, "is in use by pid "}}) {
         SCOPED_TRACE(c.message);
         const std::string dir = tempDir();
         Daemon first({"--dir", dir});
@@ -142,8 +141,7 @@ TEST(TroxdTest, ASecondDaemonOnTheDirectoryIsRefusedAndTheFirstKeepsServing) {
         }
         Daemon second({"--dir", dir});
         EXPECT_EQ(second.waitForExit(kTimeout), 1) << second.output();
-        EXPECT_NE(second.output().find(c.message + std::to_string(first.pid())),
-                  std::string::npos)
+        EXPECT_NE(second.output().find(c.message + std::to_string(first.pid())), std::string::npos)
                 << second.output();
         EXPECT_EQ(second.output().find("serving"), std::string::npos) << second.output();
         EXPECT_TRUE(isSocket(dir + "/" + kSocketName)) << "the refused daemon leaves the socket";

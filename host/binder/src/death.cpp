@@ -73,8 +73,8 @@ void deliverDeaths(std::vector<DeathLink> links, bool mayWait) {
     pending->left = links.size();
     // Waiting while serving a call, on a binder thread, or with no binder thread to run the
     // handlers could wait on ourselves.
-    const bool wait = mayWait && !isServingTransaction() && !onBinderThread() &&
-                      threadPoolThreadLimit() > 0;
+    const bool wait =
+            mayWait && !isServingTransaction() && !onBinderThread() && threadPoolThreadLimit() > 0;
     auto finishOne = [pending] {
         std::lock_guard<std::mutex> lock(pending->mutex);
         if (--pending->left == 0) pending->done.notify_all();

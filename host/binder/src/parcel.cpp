@@ -1,8 +1,8 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_parcel.h>
 
-#include <climits>
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -262,7 +262,8 @@ bool readInterfaceToken(const AParcel* parcel, const std::string& descriptor) {
     for (size_t i = 0; i <= descriptor.size(); ++i) {
         char16_t unit = 0;
         memcpy(&unit, at + i * sizeof(char16_t), sizeof(unit));
-        const char16_t wanted = i < descriptor.size() ? static_cast<char16_t>(descriptor[i]) : u'\0';
+        const char16_t wanted =
+                i < descriptor.size() ? static_cast<char16_t>(descriptor[i]) : u'\0';
         if (unit != wanted) return false;
     }
     parcel->position += pad4(bytes);

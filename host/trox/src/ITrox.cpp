@@ -2,13 +2,13 @@
 // aidl/vendor/vexal/hardware/trox/ITrox.aidl; keep it in that shape.
 #include "aidl/vendor/vexal/hardware/trox/ITrox.h"
 
-#include <android/binder_parcel_utils.h>
-#include <android/binder_to_string.h>
 #include <aidl/vendor/vexal/hardware/trox/BnTrox.h>
 #include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/BpTrox.h>
 #include <aidl/vendor/vexal/hardware/trox/BpTroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
+#include <android/binder_parcel_utils.h>
+#include <android/binder_to_string.h>
 
 namespace aidl {
 namespace vendor {

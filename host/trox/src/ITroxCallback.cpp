@@ -2,10 +2,10 @@
 // aidl/vendor/vexal/hardware/trox/ITroxCallback.aidl; keep it in that shape.
 #include "aidl/vendor/vexal/hardware/trox/ITroxCallback.h"
 
-#include <android/binder_parcel_utils.h>
-#include <android/binder_to_string.h>
 #include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/BpTroxCallback.h>
+#include <android/binder_parcel_utils.h>
+#include <android/binder_to_string.h>
 
 namespace aidl {
 namespace vendor {

@@ -2,10 +2,10 @@
 // aidl/vendor/vexal/hardware/trox/TroxRequestParcel.aidl; keep it in that shape.
 #include "aidl/vendor/vexal/hardware/trox/TroxRequestParcel.h"
 
-#include <android/binder_parcel_utils.h>
 #include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/BpTroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
+#include <android/binder_parcel_utils.h>
 
 namespace aidl {
 namespace vendor {

@@ -41,8 +41,7 @@ using first_template_type_t = typename first_template_type<Holder>::type;
 
 // std::shared_ptr<an ICInterface type>.
 template <typename T>
-static inline constexpr bool is_interface_v =
-        is_specialization_v<T, std::shared_ptr> &&
+static inline constexpr bool is_interface_v = is_specialization_v<T, std::shared_ptr>&&
         std::is_base_of_v<::ndk::ICInterface, first_template_type_t<T>>;
 
 // A generated parcelable: readFromParcel and writeToParcel.
@@ -58,9 +57,9 @@ static inline constexpr bool is_parcelable_v = is_parcelable<T>::value;
 
 // std::optional or std::unique_ptr of a parcelable: a @nullable parcelable.
 template <typename T>
-static inline constexpr bool is_nullable_parcelable_v =
-        is_parcelable_v<first_template_type_t<T>> &&
-        (is_specialization_v<T, std::optional> || is_specialization_v<T, std::unique_ptr>);
+static inline constexpr bool is_nullable_parcelable_v = is_parcelable_v<first_template_type_t<T>> &&
+                                                        (is_specialization_v<T, std::optional> ||
+                                                         is_specialization_v<T, std::unique_ptr>);
 
 template <typename T>
 static inline constexpr bool dependent_false_v = false;

@@ -5,8 +5,8 @@
 #include "aidl/vendor/vexal/hardware/trox/ITrox.h"
 
 #include <android/binder_ibinder.h>
-#include <functional>
 #include <chrono>
+#include <functional>
 #include <sstream>
 
 namespace aidl {

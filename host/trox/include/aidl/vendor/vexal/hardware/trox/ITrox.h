@@ -2,6 +2,10 @@
 // aidl/vendor/vexal/hardware/trox/ITrox.aidl; keep it in that shape.
 #pragma once
 
+#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
+#include <aidl/vendor/vexal/hardware/trox/TroxRequestParcel.h>
+#include <android/binder_interface_utils.h>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -10,10 +14,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-#include <android/binder_interface_utils.h>
-#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
-#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
-#include <aidl/vendor/vexal/hardware/trox/TroxRequestParcel.h>
 #ifdef BINDER_STABILITY_SUPPORT
 #include <android/binder_stability.h>
 #endif  // BINDER_STABILITY_SUPPORT

@@ -2,6 +2,8 @@
 // aidl/vendor/vexal/hardware/trox/ITroxCallback.aidl; keep it in that shape.
 #pragma once
 
+#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
+#include <android/binder_interface_utils.h>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -10,8 +12,6 @@
 #include <sstream>
 #include <string>
 #include <vector>
-#include <android/binder_interface_utils.h>
-#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
 #ifdef BINDER_STABILITY_SUPPORT
 #include <android/binder_stability.h>
 #endif  // BINDER_STABILITY_SUPPORT

@@ -2,16 +2,16 @@
 // aidl/vendor/vexal/hardware/trox/TroxRequestParcel.aidl; keep it in that shape.
 #pragma once
 
+#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
+#include <android/binder_interface_utils.h>
+#include <android/binder_parcelable_utils.h>
+#include <android/binder_to_string.h>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-#include <android/binder_interface_utils.h>
-#include <android/binder_parcelable_utils.h>
-#include <android/binder_to_string.h>
-#include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
-#include <aidl/vendor/vexal/hardware/trox/TroxRequestData.h>
 #ifdef BINDER_STABILITY_SUPPORT
 #include <android/binder_stability.h>
 #endif  // BINDER_STABILITY_SUPPORT
