@@ -1,5 +1,7 @@
 #include "trox_sim/TraceJson.h"
 
+#include "trox_sim/FileReplace.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -178,28 +180,7 @@ std::string traceJson(const TimelineSnapshot& s) {
 std::string writeTraceFile(Timeline& timeline, const std::string& path, size_t* events) {
     const TimelineSnapshot snapshot = timeline.snapshot();
     const std::string text = traceJson(snapshot) + "\n";
-    const std::string tmp = path + ".tmp." + std::to_string(getpid());
-    const int fd = open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (fd < 0) return "cannot write " + tmp + ": " + std::strerror(errno);
-    const char* p = text.data();
-    size_t left = text.size();
-    while (left > 0) {
-        const ssize_t n = write(fd, p, left);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) {
-            const std::string why = std::strerror(errno);
-            close(fd);
-            unlink(tmp.c_str());
-            return "cannot write " + tmp + ": " + why;
-        }
-        p += n;
-        left -= static_cast<size_t>(n);
-    }
-    if (close(fd) != 0 || rename(tmp.c_str(), path.c_str()) != 0) {
-        const std::string why = std::strerror(errno);
-        unlink(tmp.c_str());
-        return "cannot write " + path + ": " + why;
-    }
+    if (std::string failed = replaceFile(path, text, 0644); !failed.empty()) return failed;
     if (events != nullptr) *events = snapshot.events.size() + snapshot.carried.size();
     return {};
 }

@@ -1,5 +1,7 @@
 #include "Daemon.h"
 
+#include "trox_sim/FileReplace.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -184,33 +186,7 @@ std::string ensureManifest(const std::string& dir, const std::string& instance) 
     }
     if (!existing.empty() && existing.back() != '\n') existing += '\n';
     existing += instance + "\n";
-    const std::string tmp = path + ".tmp." + std::to_string(getpid());
-    const int fd = open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (fd < 0) return "cannot write " + tmp + ": " + std::strerror(errno);
-    const char* p = existing.data();
-    size_t left = existing.size();
-    while (left > 0) {
-        const ssize_t n = write(fd, p, left);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) {
-            const std::string why = std::strerror(errno);
-            close(fd);
-            unlink(tmp.c_str());
-            return "cannot write " + tmp + ": " + why;
-        }
-        p += n;
-        left -= static_cast<size_t>(n);
-    }
-    if (fsync(fd) != 0 || close(fd) != 0) {
-        unlink(tmp.c_str());
-        return "cannot write " + tmp;
-    }
-    if (rename(tmp.c_str(), path.c_str()) != 0) {
-        const std::string why = std::strerror(errno);
-        unlink(tmp.c_str());
-        return "cannot replace " + path + ": " + why;
-    }
-    return {};
+    return sim::replaceFile(path, existing, 0600);
 }
 
 std::string formatLogLine(long long wallMs, int pid, int tid, int priority, const char* tag,
