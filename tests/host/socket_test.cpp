@@ -101,27 +101,6 @@ bool waitForRecorded(EchoState& state, size_t count) {
     return state.cv.wait_for(lock, 5s, [&] { return state.received.size() >= count; });
 }
 
-// True once the peer has closed fd; whatever it sent before is read and dropped.
-bool closedByPeer(int fd) {
-    const auto deadline = Clock::now() + 5s;
-    timeval tick{0, 100000};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
-    char buffer[256];
-    while (Clock::now() < deadline) {
-        ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
-        if (n == 0 || (n < 0 && errno == ECONNRESET)) return true;
-    }
-    return false;
-}
-
-std::vector<uint8_t> frame(uint32_t length, uint32_t type, std::vector<uint8_t> body) {
-    std::vector<uint8_t> bytes(8 + body.size());
-    memcpy(bytes.data(), &length, 4);
-    memcpy(bytes.data() + 4, &type, 4);
-    if (!body.empty()) memcpy(bytes.data() + 8, body.data(), body.size());
-    return bytes;
-}
-
 class SocketTest : public testing::Test {
   protected:
     void SetUp() override {
@@ -454,10 +433,10 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
     const std::string path = socketFile();
 
     const std::vector<std::vector<uint8_t>> garbage = {
-            frame(0xffffffffu, kTransact, {}),                 // beyond the size cap
-            frame(8, 0xdead, std::vector<uint8_t>(8)),         // unknown frame type
-            frame(20, kTransact, std::vector<uint8_t>(20)),    // transaction cut short
-            frame(12, kRelease, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
+            rawFrame(kTransact, {}, 0xffffffffu),             // beyond the size cap
+            rawFrame(0xdead, std::vector<uint8_t>(8)),        // unknown frame type
+            rawFrame(kTransact, std::vector<uint8_t>(20)),    // transaction cut short
+            rawFrame(kRelease, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
     };
     for (const auto& bytes : garbage) {
         int fd = connectUnix(path);
@@ -470,19 +449,6 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
     std::optional<std::string> reply;
     ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
     EXPECT_EQ("unharmed", reply);
-}
-
-// Reads one whole frame from a raw socket; false if the peer closed or sent too little.
-bool readRawFrame(int fd, uint32_t* type, std::vector<uint8_t>* body) {
-    timeval tick{5, 0};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
-    uint8_t header[8];
-    if (!recvExact(fd, header, sizeof(header))) return false;
-    uint32_t length = 0;
-    memcpy(&length, header, 4);
-    memcpy(type, header + 4, 4);
-    body->resize(length);
-    return recvExact(fd, body->data(), length);
 }
 
 struct Hello {
@@ -509,7 +475,7 @@ std::optional<Hello> readHello(int fd) {
 std::vector<uint8_t> joinFrame(uint64_t key) {
     std::vector<uint8_t> body(8);
     memcpy(body.data(), &key, 8);
-    return frame(8, kJoin, body);
+    return rawFrame(kJoin, body);
 }
 
 bool sendBytes(int fd, const std::vector<uint8_t>& bytes) {
@@ -566,8 +532,7 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     memcpy(transact.data(), &transaction, 8);
     memcpy(transact.data() + 8, &hello->ref, 8);
     memcpy(transact.data() + 16, &code, 4);
-    ASSERT_TRUE(
-            sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), kTransact, transact)));
+    ASSERT_TRUE(sendBytes(channel, rawFrame(kTransact, transact)));
     ASSERT_TRUE(readRawFrame(channel, &type, &body));
     EXPECT_EQ(kReply, type);
     ASSERT_EQ(8u + 8u + 4u + 4u + 4u, body.size());
@@ -584,8 +549,7 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     // One-way calls have no place on a channel: the connection goes, the service stays.
     const uint32_t oneway = FLAG_ONEWAY;
     memcpy(transact.data() + 20, &oneway, 4);
-    ASSERT_TRUE(
-            sendBytes(channel, frame(static_cast<uint32_t>(transact.size()), kTransact, transact)));
+    ASSERT_TRUE(sendBytes(channel, rawFrame(kTransact, transact)));
     EXPECT_TRUE(closedByPeer(channel));
     EXPECT_TRUE(closedByPeer(owner));
     close(channel);

@@ -8,9 +8,11 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace vexal::testing {
 
@@ -53,6 +55,47 @@ inline int connectUnix(const std::string& path) {
         return -1;
     }
     return fd;
+}
+
+// A frame of the socket transport: its length field (the body's size unless told otherwise), its
+// type, its body.
+inline std::vector<uint8_t> rawFrame(uint32_t type, const std::vector<uint8_t>& body,
+                                     uint32_t length) {
+    std::vector<uint8_t> bytes(8 + body.size());
+    memcpy(bytes.data(), &length, 4);
+    memcpy(bytes.data() + 4, &type, 4);
+    if (!body.empty()) memcpy(bytes.data() + 8, body.data(), body.size());
+    return bytes;
+}
+inline std::vector<uint8_t> rawFrame(uint32_t type, const std::vector<uint8_t>& body) {
+    return rawFrame(type, body, static_cast<uint32_t>(body.size()));
+}
+
+// One whole frame; false if the peer closed first or said nothing for `wait`.
+inline bool readRawFrame(int fd, uint32_t* type, std::vector<uint8_t>* body,
+                         std::chrono::seconds wait = std::chrono::seconds(10)) {
+    timeval tick{static_cast<time_t>(wait.count()), 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
+    uint8_t header[8];
+    if (!recvExact(fd, header, sizeof(header))) return false;
+    uint32_t length = 0;
+    memcpy(&length, header, 4);
+    memcpy(type, header + 4, 4);
+    body->resize(length);
+    return recvExact(fd, body->data(), length);
+}
+
+// True once the peer closed fd (within 10 s); what it sent before is read and dropped.
+inline bool closedByPeer(int fd) {
+    timeval tick{0, 100000};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    char buffer[256];
+    while (std::chrono::steady_clock::now() < deadline) {
+        const ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
+        if (n == 0 || (n < 0 && errno == ECONNRESET)) return true;
+    }
+    return false;
 }
 
 }  // namespace vexal::testing

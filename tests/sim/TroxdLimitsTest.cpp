@@ -44,34 +44,12 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* kName = "vendor.vexal.hardware.trox.ITrox/default";
 using binder_impl::kHello, binder_impl::kTransact, binder_impl::kReply;
 
-std::vector<uint8_t> frame(uint32_t type, const std::vector<uint8_t>& body) {
-    std::vector<uint8_t> bytes(8 + body.size());
-    const auto length = static_cast<uint32_t>(body.size());
-    memcpy(bytes.data(), &length, 4);
-    memcpy(bytes.data() + 4, &type, 4);
-    if (!body.empty()) memcpy(bytes.data() + 8, body.data(), body.size());
-    return bytes;
-}
-
 // A two-way call with an empty parcel: the service answers it (STATUS_BAD_TYPE, no token).
 std::vector<uint8_t> transactFrame(uint64_t transaction, uint64_t ref) {
     std::vector<uint8_t> body(32, 0);
     memcpy(body.data(), &transaction, 8);
     memcpy(body.data() + 8, &ref, 8);
-    return frame(kTransact, body);
-}
-
-// One whole frame; false if the peer closed first (or said nothing for 10 s).
-bool readRawFrame(int fd, uint32_t* type, std::vector<uint8_t>* body) {
-    timeval tick{10, 0};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
-    uint8_t header[8];
-    if (!recvExact(fd, header, sizeof(header))) return false;
-    uint32_t length = 0;
-    memcpy(&length, header, 4);
-    memcpy(type, header + 4, 4);
-    body->resize(length);
-    return recvExact(fd, body->data(), length);
+    return rawFrame(kTransact, body);
 }
 
 // A socket that got its HELLO (and the service's ref), or -1 when the service closed it first.
@@ -86,19 +64,6 @@ int connectRaw(const std::string& path, uint64_t* ref = nullptr) {
     }
     if (ref != nullptr) memcpy(ref, body.data(), 8);
     return fd;
-}
-
-// True once the peer closed fd; what it sent before is read and dropped.
-bool closedByPeer(int fd) {
-    timeval tick{0, 100000};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &tick, sizeof(tick));
-    const auto deadline = Clock::now() + 10s;
-    char buffer[256];
-    while (Clock::now() < deadline) {
-        const ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
-        if (n == 0 || (n < 0 && errno == ECONNRESET)) return true;
-    }
-    return false;
 }
 
 long rssKiB(pid_t pid) {
@@ -250,7 +215,7 @@ TEST_F(TroxdLimitsTest, AnnouncedFrameSizeCostsNoMemoryAndTimesOut) {
 
     constexpr size_t kClients = 50;
     const std::vector<uint8_t> header = [] {
-        std::vector<uint8_t> bytes = frame(kTransact, {});
+        std::vector<uint8_t> bytes = rawFrame(kTransact, {});
         const uint32_t announced = 16u << 20;
         memcpy(bytes.data(), &announced, 4);
         return bytes;
