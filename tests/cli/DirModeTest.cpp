@@ -15,7 +15,6 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <future>
 #include <thread>
 
 using pymctl_test::Outcome;
@@ -158,15 +157,11 @@ TEST_F(PymctlDirMode, StateSurvivesBetweenInvocations) {
 }
 
 TEST_F(PymctlDirMode, ListenSeesAChangeMadeByAnotherProcess) {
-    auto listener = std::async(std::launch::async, [this] {
-        return run({"listen", "0x01010020", "--timeout", "1500"});
-    });
-    // Give the listener time to register before the change it should see.
-    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    Running listener(pymctl({"listen", "0x01010020", "--timeout", "1500"}));
+    ASSERT_TRUE(listener.waitForOutput("listening on", kWait)) << listener.output();
     ASSERT_EQ(run({"acquire", "--action", "ACTION_SWIPE_V", "--duration", "5000"}).exitCode, 0);
-    Outcome l = listener.get();
-    EXPECT_EQ(l.exitCode, 0) << l.err;
-    EXPECT_THAT(l.out, HasSubstr("change: 0x01010020 = 1209600"));
+    EXPECT_EQ(listener.waitForExit(kWait), 0) << listener.output();
+    EXPECT_THAT(listener.output(), HasSubstr("change: 0x01010020 = 1209600"));
 }
 
 TEST_F(PymctlDirMode, RequestsUntilReleaseEndWithTheirClient) {

@@ -290,7 +290,11 @@ TEST_F(ServiceTest, ConcurrentClientsAndKill) {
             }
         });
     }
-    std::this_thread::sleep_for(5ms);
+    // Killed while the clients are calling, not before the first call or after the last.
+    const auto deadline = std::chrono::steady_clock::now() + 5s;
+    while (state.calls.load() == 0 && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(1ms);
+    }
     binder_host::killService(kName);
     for (auto& t : clients) t.join();
     EXPECT_EQ(200, ok.load() + dead.load());

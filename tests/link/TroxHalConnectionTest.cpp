@@ -4,8 +4,15 @@
 #include <android/binder_manager.h>
 #include <binder_host/service_control.h>
 
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <chrono>
+#include <cstdint>
+#include <fstream>
 #include <future>
+#include <sstream>
+#include <string>
 #include <thread>
 
 namespace vexal::testing {
@@ -21,6 +28,38 @@ constexpr bool kReadersPassAWaitingWriter = false;
 #else
 constexpr bool kReadersPassAWaitingWriter = true;
 #endif
+
+// Whether thread `tid` of this process sleeps on a futex inside `lock`. Under an emulator the
+// kernel reports the host's call, whose number and address mean nothing here; a futex sleep must
+// do there.
+bool asleepOn(long tid, const void* lock, size_t size) {
+    const std::string task = "/proc/self/task/" + std::to_string(tid);
+    std::ifstream syscallFile(task + "/syscall");
+    long number = -1;
+    std::string arg0;
+    if (!(syscallFile >> number >> arg0)) return false;
+    if (number != SYS_futex) {
+        std::ifstream wchan(task + "/wchan");
+        std::string where;
+        return std::getline(wchan, where) && where.find("futex") != std::string::npos;
+    }
+    const uintptr_t address = std::stoull(arg0, nullptr, 16);
+    const auto begin = reinterpret_cast<uintptr_t>(lock);
+    return address >= begin && address < begin + size;
+}
+
+// Runs troxInit on a thread of its own, its id known.
+struct InitThread {
+    InitThread()
+        : thread([this] {
+              tid.set_value(syscall(SYS_gettid));
+              result.set_value(troxInit());
+          }) {}
+    ~InitThread() { thread.join(); }
+    std::promise<long> tid;
+    std::promise<CallResult> result;
+    std::thread thread;
+};
 
 TEST_F(LinkTest, TroxConnectsOnFirstCallAndKeepsTheConnection) {
     FakeTroxService service;
@@ -57,15 +96,29 @@ TEST_F(LinkTest, TroxDeclaredButNotRunningBlocksUntilTheServiceIsAdded) {
 
 TEST_F(LinkTest, TwoThreadsFindingTroxEmptyConnectOnceAndTheOtherLogsDeclared) {
     FakeTroxService service;
+    auto& mutex = link::troxHalConnection().mutex;
     std::future<CallResult> first, second;
     {
         // A reader holding the lock lets both callers pass the empty check and queue for the
         // exclusive hold, which is the window the re-check exists for, where the lock admits
         // readers past a waiting writer.
-        std::shared_lock<std::shared_timed_mutex> hold(link::troxHalConnection().mutex);
-        first = std::async(std::launch::async, troxInit);
-        second = std::async(std::launch::async, troxInit);
-        std::this_thread::sleep_for(300ms);
+        std::shared_lock<std::shared_timed_mutex> hold(mutex);
+        InitThread a, b;
+        first = a.result.get_future();
+        second = b.result.get_future();
+        const long tids[] = {a.tid.get_future().get(), b.tid.get_future().get()};
+        const auto deadline = std::chrono::steady_clock::now() + 10s;
+        auto queued = [&] {
+            for (long tid : tids) {
+                if (!asleepOn(tid, &mutex, sizeof(mutex))) return false;
+            }
+            return true;
+        };
+        while (!queued() && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::sleep_for(1ms);
+        }
+        EXPECT_TRUE(queued()) << "the callers never queued for the lock";
+        hold.unlock();
     }
     ASSERT_EQ(first.get(), CallResult::kOk);
     ASSERT_EQ(second.get(), CallResult::kOk);
