@@ -72,8 +72,8 @@ inline bool waitForDeaths(DeathCounter& counter, int count) {
 
 // Sends code with what write puts after the interface token.
 inline binder_status_t call(AIBinder* binder, transaction_code_t code,
-                     const std::function<void(AParcel*)>& write, ndk::ScopedAParcel* out,
-                     binder_flags_t flags = 0) {
+                            const std::function<void(AParcel*)>& write, ndk::ScopedAParcel* out,
+                            binder_flags_t flags = 0) {
     AParcel* in = nullptr;
     if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
     if (write) write(in);
@@ -83,7 +83,7 @@ inline binder_status_t call(AIBinder* binder, transaction_code_t code,
 }
 
 inline binder_status_t callWithBinder(AIBinder* binder, transaction_code_t code, AIBinder* argument,
-                               ndk::ScopedAParcel* out = nullptr) {
+                                      ndk::ScopedAParcel* out = nullptr) {
     return call(
             binder, code, [argument](AParcel* in) { AParcel_writeStrongBinder(in, argument); },
             out);
@@ -176,6 +176,5 @@ class SocketTest : public testing::Test {
     std::vector<pid_t> children_;
     std::vector<std::unique_ptr<EchoState>> states_;
 };
-
 
 }  // namespace socket_test
