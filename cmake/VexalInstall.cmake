@@ -76,6 +76,11 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/VexalPymClientConfig.cmake
 foreach(pc vexal-pym-client vexal-pym-testkit)
   install(CODE "
     set(VEXAL_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
+    set(CMAKE_INSTALL_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+    set(CMAKE_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR})
+    set(PROJECT_VERSION ${PROJECT_VERSION})
+    set(VEXAL_ANDROID_LIBDIR ${VEXAL_ANDROID_LIBDIR})
+    set(VEXAL_ANDROID_INCLUDE ${VEXAL_ANDROID_INCLUDE})
     configure_file(\"${CMAKE_CURRENT_SOURCE_DIR}/cmake/install/${pc}.pc.in\"
                    \"${CMAKE_CURRENT_BINARY_DIR}/pkgconfig/${pc}.pc\" @ONLY)
     file(INSTALL \"${CMAKE_CURRENT_BINARY_DIR}/pkgconfig/${pc}.pc\"

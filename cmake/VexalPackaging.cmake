@@ -35,7 +35,10 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+# ldconfig through its trigger, as Debian wants, not from maintainer scripts.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/cmake/install/triggers)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # What the binaries link (readelf -d; versions as dpkg-shlibdeps derives them).
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS
   "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 12), android-liblog (>= 1:29.0.6), android-libcutils (>= 1:29.0.6)")
@@ -45,9 +48,9 @@ set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
   "libvexal-pym-client1 (= ${PROJECT_VERSION}), vexal-pym-tools (= ${PROJECT_VERSION}), android-liblog-dev, android-libcutils-dev")
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS "libgtest-dev, libgmock-dev")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-  "client library of the vendor resource-control service\n Lets vendor processes ask the resource-control binder service to raise,\n limit or read CPU/GPU frequencies, core counts, bus boosts, task placement\n and thermal settings. This is the host build, with the binder kit it runs\n on, for testing callers' code off-device.")
+  "client library of the vendor resource-control service\nLets vendor processes ask the resource-control binder service to raise,\nlimit or read CPU/GPU frequencies, core counts, bus boosts, task placement\nand thermal settings. This is the host build, with the binder kit it runs\non, for testing callers' code off-device.")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-  "reference resource-control service and command-line client\n troxd serves the resource-control interface over the host binder kit's\n sockets; pymctl calls it through each of the client library's doors.")
+  "reference resource-control service and command-line client\ntroxd serves the resource-control interface over the host binder kit's\nsockets; pymctl calls it through each of the client library's doors.")
 set(CPACK_COMPONENT_DEV_DESCRIPTION
-  "client library of the vendor resource-control service - development files\n Headers, CMake package (find_package(VexalPymClient)) and pkg-config files,\n and the test kit: a fake service with scripted answers and recorded\n parcels, log capture and the embedded reference service.")
+  "client library of the vendor resource-control service - development files\nHeaders, CMake package (find_package(VexalPymClient)) and pkg-config files,\nand the test kit: a fake service with scripted answers and recorded\nparcels, log capture and the embedded reference service.")
 include(CPack)
