@@ -50,13 +50,18 @@ if(TARGET vexal_test_kit)
   install(TARGETS vexal_testkit vexal_test_kit trox_sim EXPORT VexalPymClientTestkitTargets
     ARCHIVE DESTINATION ${VEXAL_PRIVATE_LIBDIR} COMPONENT dev
     INCLUDES DESTINATION ${VEXAL_INCLUDEDIR}/testkit)
-  install(TARGETS vexal_test_main EXPORT VexalPymClientTestMainTargets
-    ARCHIVE DESTINATION ${VEXAL_PRIVATE_LIBDIR} COMPONENT dev)
+  # A GoogleTest built from source here is not installed, so its main cannot be either.
+  set(sets Testkit)
+  if(NOT VEXAL_GTEST_FROM_SOURCE)
+    install(TARGETS vexal_test_main EXPORT VexalPymClientTestMainTargets
+      ARCHIVE DESTINATION ${VEXAL_PRIVATE_LIBDIR} COMPONENT dev)
+    list(APPEND sets TestMain)
+  endif()
   install(FILES tests/kit/FakeTrox.h tests/kit/FakeTroxService.h tests/kit/LogCapture.h
                 tests/kit/ChildProcess.h
     DESTINATION ${VEXAL_INCLUDEDIR}/testkit COMPONENT dev)
   install(DIRECTORY sim/include/ DESTINATION ${VEXAL_INCLUDEDIR}/testkit COMPONENT dev)
-  foreach(set Testkit TestMain)
+  foreach(set ${sets})
     install(EXPORT VexalPymClient${set}Targets NAMESPACE VexalPymClient:: DESTINATION ${VEXAL_CMAKEDIR}
       COMPONENT dev)
   endforeach()
