@@ -2,12 +2,7 @@
 
 #include "trox_sim/FileReplace.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <nlohmann/json.hpp>
 
 namespace sim {
