@@ -58,7 +58,7 @@ if(TARGET vexal_test_kit)
     list(APPEND sets TestMain)
   endif()
   install(FILES tests/kit/FakeTrox.h tests/kit/FakeTroxService.h tests/kit/LogCapture.h
-                tests/kit/ChildProcess.h
+                tests/kit/ChildProcess.h tests/kit/RecordingCallback.h
     DESTINATION ${VEXAL_INCLUDEDIR}/testkit COMPONENT dev)
   install(DIRECTORY sim/include/ DESTINATION ${VEXAL_INCLUDEDIR}/testkit COMPONENT dev)
   foreach(set ${sets})

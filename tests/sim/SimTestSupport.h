@@ -1,6 +1,5 @@
 #pragma once
 
-#include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/ITrox.h>
 #include <android/binder_manager.h>
 #include <binder_host/service_control.h>
@@ -14,40 +13,12 @@
 #include <string>
 #include <vector>
 
+#include "RecordingCallback.h"
 #include "trox_sim/Embedded.h"
 
 namespace sim::testing {
 
-using aidl::vendor::vexal::hardware::trox::BnTroxCallback;
-
-// Records every onCallback; the calls are one-way, so tests wait for them with a timeout.
-class RecordingCallback : public BnTroxCallback {
-  public:
-    ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>& data) override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        calls_.push_back(data);
-        cv_.notify_all();
-        return ndk::ScopedAStatus::ok();
-    }
-
-    // The n-th call (1-based), once it has arrived; nullopt after the timeout.
-    std::optional<std::vector<TroxRequestData>> waitForCall(
-            size_t n, std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        if (!cv_.wait_for(lock, timeout, [&] { return calls_.size() >= n; })) return std::nullopt;
-        return calls_[n - 1];
-    }
-
-    size_t count() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return calls_.size();
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable cv_;
-    std::vector<std::vector<TroxRequestData>> calls_;
-};
+using vexal::testing::RecordingCallback;
 
 inline TroxRequestData entry(int32_t id, std::optional<std::string> value = std::nullopt) {
     TroxRequestData d;
