@@ -1,5 +1,6 @@
 // The library's own doors against the reference service, in one process.
 #include <condition_variable>
+#include <list>
 #include <mutex>
 
 #include "IClientCallback.h"
@@ -40,22 +41,23 @@ std::string read(int32_t id) {
     return *r[0].value;
 }
 
-TEST_F(LibraryTest, WrapperAcquireByActionNameBoostsAndReleaseRestores) {
+TEST_F(LibraryTest, AcquisitionsByWrapperOneWayAndRuleSetAndRestore) {
     const int32_t h = PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example", "demo", 0);
     ASSERT_GT(h, 0);
     EXPECT_EQ(read(kBig), "800");
     EXPECT_EQ(read(kLittle), "300");
     PymReleaseWapper(h);
     EXPECT_EQ(read(kBig), "100");
-}
-
-TEST_F(LibraryTest, OneWayAcquisitionCanBeReleasedWithTheDrawnHandle) {
     auto served = listen({entry(kBig)});
-    const int32_t h = PymEventAcquireOneWay(6, "com.example", "swipe", 0, {});
-    ASSERT_GE(h, 0);
+    const int32_t oneWay = PymEventAcquireOneWay(6, "com.example", "swipe", 0, {});
+    ASSERT_GE(oneWay, 0);
     ASSERT_TRUE(served->waitForCall(1));
     EXPECT_EQ(read(kBig), "400");
-    PymRelease(h);
+    PymRelease(oneWay);
+    EXPECT_EQ(read(kBig), "100");
+    EXPECT_EQ(pymRuleCtl(102, 1, {}), 0);
+    EXPECT_EQ(read(kBig), "600");
+    EXPECT_EQ(pymRuleCtl(102, 0, {}), 0);
     EXPECT_EQ(read(kBig), "100");
 }
 
@@ -76,13 +78,6 @@ TEST_F(LibraryTest, DataAndStatusQueriesAreAnsweredFromTheConfiguration) {
     ASSERT_EQ(PymGetHistory(history), 0);
     EXPECT_EQ(history.rfind("start:", 0), 0u);
     EXPECT_NE(history.find("event(8) pkg=com.example"), std::string::npos) << history;
-}
-
-TEST_F(LibraryTest, RuleControlThroughTheEventApi) {
-    EXPECT_EQ(pymRuleCtl(102, 1, {}), 0);
-    EXPECT_EQ(read(kBig), "600");
-    EXPECT_EQ(pymRuleCtl(102, 0, {}), 0);
-    EXPECT_EQ(read(kBig), "100");
 }
 
 TEST_F(LibraryTest, ClientClassListenerSeesChangesAndExpiry) {

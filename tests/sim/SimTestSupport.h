@@ -5,10 +5,7 @@
 #include <binder_host/service_control.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -123,8 +120,7 @@ class ServiceTest : public ::testing::Test {
 
     std::string valueText(int32_t id) {
         auto reply = state(parcel(0, {entry(id)}));
-        if (reply.size() != 1 || !reply[0].res_Value) return "<none>";
-        return *reply[0].res_Value;
+        return reply.size() == 1 ? reply[0].res_Value.value_or("") : "<none>";
     }
 
     std::shared_ptr<RecordingCallback> listen(std::vector<TroxRequestData> data,
