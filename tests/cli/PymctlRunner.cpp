@@ -1,5 +1,3 @@
-#include "../kit/SpawnProgram.h"
-
 #include "PymctlRunner.h"
 
 #include <fcntl.h>
@@ -11,19 +9,9 @@
 #include <chrono>
 #include <stdexcept>
 
-namespace pymctl_test {
+#include "../kit/SpawnProgram.h"
 
-std::vector<std::string> Outcome::errLines() const {
-    std::vector<std::string> lines;
-    size_t pos = 0;
-    while (pos < err.size()) {
-        size_t nl = err.find('\n', pos);
-        if (nl == std::string::npos) nl = err.size();
-        lines.push_back(err.substr(pos, nl - pos));
-        pos = nl + 1;
-    }
-    return lines;
-}
+namespace pymctl_test {
 
 Outcome runPymctl(const std::vector<std::string>& args, int timeoutMs) {
     int outPipe[2];
@@ -40,35 +28,29 @@ Outcome runPymctl(const std::vector<std::string>& args, int timeoutMs) {
     pid_t pid = -1;
     const int spawned = vexal::testing::spawnProgram(&pid, argv, &actions, environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (spawned != 0) throw std::runtime_error("cannot start pymctl");
     close(outPipe[1]);
     close(errPipe[1]);
+    if (spawned != 0) throw std::runtime_error("cannot start pymctl");
 
     Outcome run;
     pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
     std::string* sinks[2] = {&run.out, &run.err};
-    int open = 2;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    bool killed = false;
-    while (open > 0) {
+    while (fds[0].fd >= 0 || fds[1].fd >= 0) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
                 deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) {
+        if (left.count() <= 0 || poll(fds, 2, static_cast<int>(left.count())) < 0) {
             kill(pid, SIGKILL);
-            killed = true;
+            run.err += "\n(killed after the time limit)";
             break;
         }
-        if (poll(fds, 2, static_cast<int>(left.count())) < 0) break;
         for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd < 0 || fds[i].revents == 0) continue;
             char buf[4096];
-            const ssize_t n = read(fds[i].fd, buf, sizeof(buf));
-            if (n > 0) {
-                sinks[i]->append(buf, static_cast<size_t>(n));
-            } else {
+            const ssize_t n = fds[i].revents != 0 ? read(fds[i].fd, buf, sizeof(buf)) : 1;
+            if (n > 0 && fds[i].revents != 0) sinks[i]->append(buf, static_cast<size_t>(n));
+            if (n <= 0) {
                 close(fds[i].fd);
-                fds[i].fd = -1;
-                --open;
+                fds[i].fd = -1;  // poll skips it from now on
             }
         }
     }
@@ -77,12 +59,7 @@ Outcome runPymctl(const std::vector<std::string>& args, int timeoutMs) {
     }
     int status = 0;
     waitpid(pid, &status, 0);
-    if (WIFEXITED(status)) {
-        run.exitCode = WEXITSTATUS(status);
-    } else if (WIFSIGNALED(status)) {
-        run.signal = WTERMSIG(status);
-    }
-    if (killed) run.err += "\n(killed after the time limit)";
+    if (WIFEXITED(status)) run.exitCode = WEXITSTATUS(status);
     return run;
 }
 

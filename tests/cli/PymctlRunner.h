@@ -10,12 +10,7 @@ namespace pymctl_test {
 struct Outcome {
     std::string out;
     std::string err;
-    int exitCode = -1;  // -1 when it ended by a signal
-    int signal = 0;
-
-    bool exitedNormally() const { return signal == 0 && exitCode >= 0; }
-    // Standard error as lines, without the empty tail.
-    std::vector<std::string> errLines() const;
+    int exitCode = -1;  // -1 when it ended by a signal or was killed
 };
 
 // args exclude the program name; the child is killed after timeoutMs.

@@ -5,10 +5,7 @@
 #include <binder_host/service_control.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -86,10 +83,11 @@ inline const char* testConfigJson() {
 // The service published in this process on a clock the test moves, reached through a proxy.
 class ServiceTest : public ::testing::Test {
   protected:
-    void SetUp() override {
+    void SetUp() override { start(testConfigJson()); }
+    void start(const std::string& json) {
         binder_host::resetServiceManager();
         clock = std::make_shared<ManualClock>();
-        embedded = startEmbeddedService(parseConfig(testConfigJson()), clock);
+        embedded = startEmbeddedService(parseConfig(json), clock);
         trox = ITrox::fromBinder(ndk::SpAIBinder(AServiceManager_checkService(kTroxInstance)));
         ASSERT_NE(trox, nullptr);
         ASSERT_TRUE(trox->isRemote()) << "calls must cross the binder encoding";
@@ -123,8 +121,7 @@ class ServiceTest : public ::testing::Test {
 
     std::string valueText(int32_t id) {
         auto reply = state(parcel(0, {entry(id)}));
-        if (reply.size() != 1 || !reply[0].res_Value) return "<none>";
-        return *reply[0].res_Value;
+        return reply.size() == 1 ? reply[0].res_Value.value_or("") : "<none>";
     }
 
     std::shared_ptr<RecordingCallback> listen(std::vector<TroxRequestData> data,

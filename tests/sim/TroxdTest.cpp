@@ -1,41 +1,29 @@
-#include "../kit/ChildProcess.h"
-
+// troxd as a program: it serves, stops on a signal, keeps one daemon per directory, and refuses
+// bad arguments (exit 2), configuration and host directories (exit 1) with a message, leaving
+// the directory as it was.
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <regex>
-#include <string>
-#include <vector>
+#include <set>
 
-#include "Daemon.h"
+#include "ChildProcess.h"
 
 namespace {
 
-std::string tempDir() {
-    char tmpl[] = "/tmp/troxd-test-XXXXXX";
-    const char* d = mkdtemp(tmpl);
-    return d ? d : "";
-}
+constexpr auto kTimeout = std::chrono::seconds(20);
+constexpr char kSocketName[] = "vendor.vexal.hardware.trox.ITrox%2fdefault.sock";
 
-bool exists(const std::string& path) {
-    struct stat st {};
-    return stat(path.c_str(), &st) == 0;
-}
-
-std::string slurp(const std::string& path) {
-    std::ifstream in(path);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
-// troxd as a child process with its standard error on a pipe.
-class Daemon : public vexal::testing::ChildProcess {
+class Troxd : public vexal::testing::ChildProcess {
   public:
-    explicit Daemon(std::vector<std::string> args) : ChildProcess(withProgram(std::move(args))) {}
+    explicit Troxd(std::vector<std::string> args, std::vector<std::string> env = {})
+        : ChildProcess(withProgram(std::move(args)), {std::move(env), {}}) {}
 
   private:
     static std::vector<std::string> withProgram(std::vector<std::string> args) {
@@ -44,88 +32,187 @@ class Daemon : public vexal::testing::ChildProcess {
     }
 };
 
-constexpr auto kTimeout = std::chrono::seconds(10);
-
-TEST(TroxdTest, UnknownArgumentExitsWithUsage) {
-    Daemon d({"--bogus"});
-    EXPECT_EQ(d.waitForExit(kTimeout), 2);
-    EXPECT_NE(d.output().find("unknown argument '--bogus'"), std::string::npos) << d.output();
-    EXPECT_NE(d.output().find("usage: troxd"), std::string::npos);
-}
-
-TEST(TroxdTest, MissingOptionValueExitsWithUsage) {
-    Daemon d({"--dir"});
-    EXPECT_EQ(d.waitForExit(kTimeout), 2);
-    EXPECT_NE(d.output().find("--dir needs a value"), std::string::npos) << d.output();
-}
-
-TEST(TroxdTest, BadConfigurationExitsBeforeWritingAnything) {
-    const std::string base = tempDir();
-    const std::string dir = base + "/host";
-    const std::string config = base + "/bad.json";
-    std::ofstream(config)
-            << R"({"resources": [{"id": 1, "kind": "boost", "default": 9, "min": 0, "max": 5}]})";
-    Daemon d({"--dir", dir, "--config", config});
-    EXPECT_EQ(d.waitForExit(kTimeout), 1);
-    EXPECT_NE(
-            d.output().find("bad configuration: " + config + ": resources[0]: default is outside"),
-            std::string::npos)
-            << d.output();
-    EXPECT_FALSE(exists(dir)) << "nothing is created for a configuration that cannot run";
-}
-
-TEST(TroxdTest, UnreadableConfigurationIsReported) {
-    Daemon d({"--config", "/nonexistent/troxd.json"});
-    EXPECT_EQ(d.waitForExit(kTimeout), 1);
-    EXPECT_NE(d.output().find("cannot read /nonexistent/troxd.json"), std::string::npos);
-}
-
-TEST(TroxdTest, ServesWithTheDefaultConfigurationAndStopsCleanlyOnSigterm) {
-    const std::string dir = tempDir() + "/host";
-    Daemon d({"--dir", dir});
-    ASSERT_TRUE(d.waitForOutput("serving vendor.vexal.hardware.trox.ITrox/default", kTimeout))
-            << d.output();
-    EXPECT_EQ(slurp(dir + "/manifest"), "vendor.vexal.hardware.trox.ITrox/default\n");
+mode_t typeOf(const std::string& path) {
     struct stat st {};
-    ASSERT_EQ(stat(dir.c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 0777, 0700u);
-    const std::regex logcat(
-            R"(\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ I troxd: service ready: 22 resources)");
-    EXPECT_TRUE(std::regex_search(d.output(), logcat)) << d.output();
-    ASSERT_EQ(kill(d.pid(), SIGTERM), 0);
-    EXPECT_EQ(d.waitForExit(kTimeout), 0);
-    EXPECT_NE(d.output().find("I troxd: stopping on SIGTERM"), std::string::npos) << d.output();
+    return lstat(path.c_str(), &st) == 0 ? st.st_mode & S_IFMT : 0;
 }
 
-TEST(TroxdTest, SigintStopsItToo) {
-    Daemon d({"--dir", tempDir()});
-    ASSERT_TRUE(d.waitForOutput("serving", kTimeout)) << d.output();
-    kill(d.pid(), SIGINT);
-    EXPECT_EQ(d.waitForExit(kTimeout), 0);
+std::set<std::string> entries(const std::string& dir) {
+    std::set<std::string> names;
+    std::error_code ec;
+    for (const auto& e : std::filesystem::directory_iterator(dir, ec)) names.insert(e.path());
+    return names;
 }
 
-constexpr char kSocketName[] = "vendor.vexal.hardware.trox.ITrox%2fdefault.sock";
-
-bool isSocket(const std::string& path) {
-    struct stat st {};
-    return lstat(path.c_str(), &st) == 0 && S_ISSOCK(st.st_mode);
+std::string slurp(const std::string& path) {
+    std::ifstream in(path);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-TEST(TroxdTest, ADirectoryAtTheSocketsNameIsAnErrorNotServing) {
-    const std::string dir = tempDir();
-    const std::string socket = dir + "/" + kSocketName;
-    ASSERT_EQ(mkdir(socket.c_str(), 0700), 0);
-    Daemon d({"--dir", dir});
-    EXPECT_EQ(d.waitForExit(kTimeout), 1) << d.output();
-    EXPECT_NE(d.output().find("troxd: cannot publish vendor.vexal.hardware.trox.ITrox/default"),
-              std::string::npos)
-            << d.output();
-    EXPECT_EQ(d.output().find("serving"), std::string::npos) << d.output();
-    struct stat st {};
-    EXPECT_TRUE(lstat(socket.c_str(), &st) == 0 && S_ISDIR(st.st_mode)) << "left as it was";
+class TroxdTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        char tmpl[] = "/tmp/troxd-test-XXXXXX";
+        ASSERT_NE(mkdtemp(tmpl), nullptr);
+        base_ = tmpl;
+    }
+    void TearDown() override { std::filesystem::remove_all(base_); }
+
+    std::string file(const std::string& name, const std::string& text) {
+        std::ofstream(base_ + "/" + name) << text;
+        return base_ + "/" + name;
+    }
+    std::string dir(const std::string& name, mode_t mode = 0700) {
+        const std::string path = base_ + "/" + name;
+        EXPECT_EQ(mkdir(path.c_str(), 0700), 0);
+        EXPECT_EQ(chmod(path.c_str(), mode), 0);
+        return path;
+    }
+
+    // troxd ends with status and message and leaves hostDir as it was, absent or not.
+    void expectRefused(const std::vector<std::string>& args, int status, const std::string& message,
+                       const std::string& hostDir, std::vector<std::string> env = {}) {
+        const mode_t type = typeOf(hostDir);
+        const std::set<std::string> before = entries(hostDir);
+        Troxd troxd(args, std::move(env));
+        EXPECT_EQ(troxd.waitForExit(kTimeout), status) << troxd.output();
+        EXPECT_NE(troxd.output().find(message), std::string::npos) << troxd.output();
+        EXPECT_EQ(troxd.output().find("serving"), std::string::npos) << troxd.output();
+        EXPECT_EQ(typeOf(hostDir), type);
+        EXPECT_EQ(entries(hostDir), before) << "no manifest, socket or temporary file is left";
+    }
+
+    std::string base_;
+};
+
+TEST_F(TroxdTest, BadArgumentsExitTwoWithTheUsage) {
+    for (const std::vector<std::string>& args : {std::vector<std::string>{"--bogus"},
+                                                 {"--dir"},
+                                                 {"--dir="},
+                                                 {"--config="},
+                                                 {"--config", ""},
+                                                 {"serve"},
+                                                 {"--dir", base_, "--verbose=1"},
+                                                 {"--config-limit", "10"},
+                                                 {"--config-limit", "1k"},
+                                                 {"--config-limit=-5"},
+                                                 {"-"}}) {
+        expectRefused(args, 2, "usage: troxd", base_);
+    }
+    expectRefused({"--bogus"}, 2, "troxd: unknown argument '--bogus'", base_);
 }
 
-TEST(TroxdTest, ASecondDaemonOnTheDirectoryIsRefusedAndTheFirstKeepsServing) {
+TEST_F(TroxdTest, BadConfigurationExitsOneBeforeTheDirectoryIsMade) {
+    const std::string host = base_ + "/host";
+    const std::string bad = "troxd: bad configuration: ";
+    const std::string big = file("big.json", std::string(2048, ' ') + "{}");
+    const std::string outside =
+            file("outside.json", R"({"resources": [{"id": 1, "kind": "boost", "default": 9,
+                                                    "min": 0, "max": 5}]})");
+    const std::string conf = dir("conf.d");
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+            {{"--config", base_ + "/absent.json"}, bad + "cannot read " + base_ + "/absent.json"},
+            {{"--config", file("cut.json", R"({"resources": [ {"id": 1,)")}, "not valid JSON"},
+            {{"--config", file("empty.json", "")}, "not valid JSON"},
+            {{"--config", outside}, bad + outside + ": resources[0]: default is outside"},
+            {{"--config", conf}, bad + conf},
+            {{"--config", "/dev/zero"}, bad + "/dev/zero: larger than the limit of 1048576 bytes"},
+            {{"--config", big, "--config-limit", "1024"},
+             bad + big + ": larger than the limit of 1024 bytes"},
+            // Under the limit the same file is taken as far as its size goes.
+            {{"--config", big, "--config-limit", "4096"}, "resources: missing section"}};
+    for (const auto& [args, message] : cases) {
+        std::vector<std::string> all = {"--dir", host};
+        all.insert(all.end(), args.begin(), args.end());
+        expectRefused(all, 1, message, host);
+    }
+}
+
+TEST_F(TroxdTest, BadHostDirectoryIsRefusedAndLeftAsItWas) {
+    for (const std::string mode : {"750", "705", "777", "701"}) {
+        const std::string open = dir("mode" + mode, std::stoi(mode, nullptr, 8));
+        expectRefused({"--dir", open}, 1,
+                      "troxd: refusing " + open + ": mode " + mode +
+                              " gives access to group or "
+                              "others (chmod 700)",
+                      open);
+    }
+    const std::string env = dir("env", 0755);
+    expectRefused({}, 1, "refusing " + env + ": mode 755", env, {"BINDER_HOST_DIR=" + env});
+    std::string theirs = "/";
+    if (geteuid() == 0) {
+        theirs = dir("theirs");
+        ASSERT_EQ(chown(theirs.c_str(), 65534, 65534), 0);
+    }
+    expectRefused({"--dir", theirs}, 1, "refusing " + theirs + ": it belongs to another user",
+                  theirs);
+    const std::string manifest = dir("manifest");
+    dir("manifest/manifest");
+    expectRefused({"--dir", manifest}, 1, "cannot replace " + manifest + "/manifest", manifest);
+    dir("socket");
+    const std::string socket = dir("socket/" + std::string(kSocketName));
+    expectRefused({"--dir", base_ + "/socket"}, 1,
+                  "troxd: cannot publish vendor.vexal.hardware.trox.ITrox/default", socket);
+    const std::string link = base_ + "/link";
+    ASSERT_EQ(symlink(dir("real").c_str(), link.c_str()), 0);
+    expectRefused({"--dir", link}, 1, "refusing " + link + ": it is a symbolic link", link);
+    expectRefused({"--dir", link + "/"}, 1, "it is a symbolic link", link);
+    const std::string plain = file("file", "x");
+    expectRefused({"--dir", plain}, 1, plain + " is not a directory", plain);
+    expectRefused({"--dir", base_ + "/no/such/host"}, 1, "cannot create " + base_ + "/no/such/host",
+                  base_ + "/no");
+    const std::string tooLong = base_ + "/" + std::string(90, 'd');
+    expectRefused({"--dir", tooLong}, 1, "the socket path would be", tooLong);
+}
+
+class TroxdBadDirTest : public TroxdTest {};
+
+TEST_F(TroxdBadDirTest, Unwritable) {
+    const std::string readonly = dir("readonly", 0500);
+    const std::string message = "cannot write " + readonly + "/manifest.tmp.";
+    if (geteuid() != 0) return expectRefused({"--dir", readonly}, 1, message, readonly);
+    // Root writes anywhere unless it gives that up: troxd is started by a child of the test that
+    // left CAP_DAC_OVERRIDE out of its bounding set. (Running troxd as another user instead fails
+    // when that user cannot reach the build tree, as in a checkout under /root.)
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+            {
+                if (prctl(PR_CAPBSET_DROP, CAP_DAC_OVERRIDE, 0, 0, 0) != 0) _exit(126);
+                Troxd troxd({"--dir", readonly});
+                const int status = troxd.waitForExit(kTimeout);
+                fputs(troxd.output().c_str(), stderr);
+                _exit(status);
+            },
+            ::testing::ExitedWithCode(1), "cannot write .*/readonly/manifest\\.tmp\\.");
+    EXPECT_TRUE(entries(readonly).empty());
+}
+
+TEST_F(TroxdTest, ServesWithTheDefaultConfigurationAndStopsCleanlyOnASignal) {
+    for (int signal : {SIGTERM, SIGINT}) {
+        const std::string host = base_ + "/host" + std::to_string(signal);
+        Troxd troxd({"--dir", host});
+        ASSERT_TRUE(
+                troxd.waitForOutput("serving vendor.vexal.hardware.trox.ITrox/default", kTimeout))
+                << troxd.output();
+        EXPECT_EQ(slurp(host + "/manifest"), "vendor.vexal.hardware.trox.ITrox/default\n");
+        struct stat st {};
+        ASSERT_EQ(stat(host.c_str(), &st), 0);
+        EXPECT_EQ(st.st_mode & 0777, 0700u);
+        EXPECT_EQ(typeOf(host + "/" + kSocketName), S_IFSOCK);
+        const std::regex logcat(
+                R"(\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} +\d+ +\d+ I troxd: service ready: 22 resources)");
+        EXPECT_TRUE(std::regex_search(troxd.output(), logcat)) << troxd.output();
+        ASSERT_EQ(kill(troxd.pid(), signal), 0);
+        EXPECT_EQ(troxd.waitForExit(kTimeout), 0);
+        EXPECT_NE(troxd.output().find(std::string("I troxd: stopping on ") +
+                                      (signal == SIGTERM ? "SIGTERM" : "SIGINT")),
+                  std::string::npos)
+                << troxd.output();
+        EXPECT_EQ(typeOf(host + "/" + kSocketName), 0u) << "its socket goes with it";
+    }
+}
+
+TEST_F(TroxdTest, ASecondDaemonOnTheDirectoryIsRefusedAndTheFirstKeepsServing) {
     struct Case {
         bool lockFileRemoved;  // then the live socket is what stops the second one
         std::string message;   // followed by the first one's pid
@@ -133,60 +220,25 @@ TEST(TroxdTest, ASecondDaemonOnTheDirectoryIsRefusedAndTheFirstKeepsServing) {
     for (const Case& c :
          {Case{false, "troxd: another troxd (pid "}, Case{true, "is in use by pid "}}) {
         SCOPED_TRACE(c.message);
-        const std::string dir = tempDir();
-        Daemon first({"--dir", dir});
+        const std::string host = dir("host" + std::to_string(c.lockFileRemoved));
+        std::ofstream(host + "/manifest") << "# services\nother.Service/default";
+        Troxd first({"--dir", host});
         ASSERT_TRUE(first.waitForOutput("serving", kTimeout)) << first.output();
         if (c.lockFileRemoved) {
-            ASSERT_EQ(unlink((dir + "/troxd.pid").c_str()), 0);
+            ASSERT_EQ(unlink((host + "/troxd.pid").c_str()), 0);
         }
-        Daemon second({"--dir", dir});
-        EXPECT_EQ(second.waitForExit(kTimeout), 1) << second.output();
-        EXPECT_NE(second.output().find(c.message + std::to_string(first.pid())), std::string::npos)
-                << second.output();
-        EXPECT_EQ(second.output().find("serving"), std::string::npos) << second.output();
-        EXPECT_TRUE(isSocket(dir + "/" + kSocketName)) << "the refused daemon leaves the socket";
-        EXPECT_EQ(kill(first.pid(), 0), 0) << "the first one still runs";
+        // The refused one leaves the first one's socket.
+        expectRefused({"--dir", host}, 1, c.message + std::to_string(first.pid()),
+                      host + "/" + kSocketName);
+        EXPECT_TRUE(first.running());
         ASSERT_EQ(kill(first.pid(), SIGTERM), 0);
         EXPECT_EQ(first.waitForExit(kTimeout), 0) << first.output();
-        EXPECT_FALSE(isSocket(dir + "/" + kSocketName)) << "its socket goes with it";
-        // Once it is gone the directory is free again.
-        Daemon third({"--dir", dir});
+        // Once it is gone the directory is free again, and its manifest names the service once.
+        Troxd third({"--dir", host});
         EXPECT_TRUE(third.waitForOutput("serving", kTimeout)) << third.output();
+        EXPECT_EQ(slurp(host + "/manifest"),
+                  "# services\nother.Service/default\nvendor.vexal.hardware.trox.ITrox/default\n");
     }
-}
-
-TEST(DaemonPartsTest, ManifestGainsTheInstanceOnceAndKeepsOtherLines) {
-    const std::string dir = tempDir();
-    std::ofstream(dir + "/manifest") << "# services\nother.Service/default";
-    ASSERT_EQ(troxd::ensureManifest(dir, "a.B/default"), "");
-    ASSERT_EQ(troxd::ensureManifest(dir, "a.B/default"), "");
-    EXPECT_EQ(slurp(dir + "/manifest"), "# services\nother.Service/default\na.B/default\n");
-}
-
-TEST(DaemonPartsTest, DirectoryMustBeADirectory) {
-    const std::string dir = tempDir();
-    std::ofstream(dir + "/file") << "x";
-    EXPECT_NE(troxd::prepareDir(dir + "/file").find("is not a directory"), std::string::npos);
-    EXPECT_NE(troxd::prepareDir(dir + "/no/such/parent").find("cannot create"), std::string::npos);
-    EXPECT_EQ(troxd::prepareDir(dir + "/fresh"), "");
-}
-
-TEST(DaemonPartsTest, LogLineHasTheLogcatLayout) {
-    const std::string line =
-            troxd::formatLogLine(1795000000123LL, 42, 4242, ANDROID_LOG_WARN, "troxd", "hello");
-    const std::regex layout(R"(\d\d-\d\d \d\d:\d\d:\d\d\.123    42  4242 W troxd: hello\n)");
-    EXPECT_TRUE(std::regex_match(line, layout)) << line;
-}
-
-TEST(DaemonPartsTest, ArgumentsAreParsed) {
-    troxd::Options o;
-    std::vector<std::string> args{"troxd", "--dir=/x", "--config", "/c.json", "-v"};
-    std::vector<char*> argv;
-    for (auto& a : args) argv.push_back(a.data());
-    EXPECT_EQ(troxd::parseArgs(static_cast<int>(argv.size()), argv.data(), &o), "");
-    EXPECT_EQ(o.dir, "/x");
-    EXPECT_EQ(o.configPath, "/c.json");
-    EXPECT_TRUE(o.verbose);
 }
 
 }  // namespace
