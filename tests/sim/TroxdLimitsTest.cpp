@@ -10,8 +10,10 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 #include "../../host/binder/src/socket_frames.h"
 
@@ -24,7 +26,15 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 constexpr const char* kName = "vendor.vexal.hardware.trox.ITrox/default";
-using binder_impl::kHello;
+using binder_impl::kHello, binder_impl::kTransact;
+
+// A two-way call with an empty parcel: the service answers it (STATUS_BAD_TYPE, no token).
+std::vector<uint8_t> transactFrame(uint64_t transaction, uint64_t ref) {
+    std::vector<uint8_t> body(32, 0);
+    memcpy(body.data(), &transaction, 8);
+    memcpy(body.data() + 8, &ref, 8);
+    return rawFrame(kTransact, body);
+}
 
 // A socket that got its HELLO (and the service's ref), or -1 when the service closed it first.
 int connectRaw(const std::string& path, uint64_t* ref = nullptr) {
@@ -88,6 +98,10 @@ class TroxdLimitsTest : public testing::Test {
         }
         return held_.size();
     }
+    void closeHeld() {
+        for (int fd : held_) close(fd);
+        held_.clear();
+    }
 
     std::string base_;
     std::string dir_;
@@ -95,6 +109,26 @@ class TroxdLimitsTest : public testing::Test {
     std::unique_ptr<ChildProcess> service_;
     std::shared_ptr<ITrox> trox_;
 };
+
+TEST_F(TroxdLimitsTest, ConnectionCapRefusesExtraSocketsAndServesTheRest) {
+    ASSERT_TRUE(start({"BINDER_HOST_MAX_CONNECTIONS=8"}));
+
+    const size_t held = holdUntilRefused(64);
+    EXPECT_LT(held, 8u) << "the cap never refused";
+    EXPECT_GE(held, 5u) << "refused below the cap";
+    EXPECT_TRUE(service_->waitForOutput("the limit (BINDER_HOST_MAX_CONNECTIONS)"))
+            << service_->output();
+    EXPECT_TRUE(served(trox_));
+
+    // A closed socket makes room once the service has seen it go.
+    close(held_.back());
+    held_.pop_back();
+    int again = -1;
+    const auto deadline = Clock::now() + 10s;
+    while (again < 0 && Clock::now() < deadline) again = connectRaw(socketFile());
+    EXPECT_GE(again, 0) << "a closed socket did not give its place back";
+    if (again >= 0) held_.push_back(again);
+}
 
 TEST_F(TroxdLimitsTest, AcceptsAgainOnceDescriptorsAreFree) {
     ASSERT_TRUE(start({}, {{RLIMIT_NOFILE, 64}}));
@@ -105,8 +139,7 @@ TEST_F(TroxdLimitsTest, AcceptsAgainOnceDescriptorsAreFree) {
             << service_->output();
     EXPECT_TRUE(served(trox_)) << "an open connection stopped being served";
 
-    for (int fd : held_) close(fd);
-    held_.clear();
+    closeHeld();
     const auto closed = Clock::now();
     // A fresh connection, from lookup to answer.
     trox_.reset();
@@ -135,6 +168,52 @@ TEST_F(TroxdLimitsTest, NoThreadForAConnectionRefusesOnlyThatOne) {
     EXPECT_TRUE(service_->waitForOutput("no thread for the connection")) << service_->output();
     EXPECT_TRUE(served(trox_)) << service_->output();
     EXPECT_TRUE(service_->running()) << "troxd ended";
+}
+
+TEST_F(TroxdLimitsTest, SilentSocketIsDroppedAfterTheHandshakeDeadline) {
+    ASSERT_TRUE(start({"BINDER_HOST_HANDSHAKE_TIMEOUT_MS=300"}));
+    const int silent = connectUnix(socketFile());
+    ASSERT_GE(silent, 0);
+    held_.push_back(silent);
+    EXPECT_TRUE(service_->waitForOutput("did not take its HELLO within 300 ms"))
+            << service_->output();
+    EXPECT_TRUE(closedByPeer(silent));
+    // A client that read its HELLO is no silent one, however long it then waits.
+    EXPECT_TRUE(served(trox_));
+}
+
+TEST_F(TroxdLimitsTest, ClientThatNeverReadsIsDroppedWhileOthersAreServed) {
+    ASSERT_TRUE(start({"BINDER_HOST_MAX_QUEUED_CALLS=64", "BINDER_HOST_REPLY_TIMEOUT_MS=1000"}));
+    uint64_t ref = 0;
+    const int flooder = connectRaw(socketFile(), &ref);
+    ASSERT_GE(flooder, 0);
+    held_.push_back(flooder);
+    // Another client keeps calling while the flood goes on.
+    std::atomic<bool> floodOver{false};
+    std::atomic<int> answers{0};
+    std::atomic<int> failed{0};
+    std::thread bystander([&] {
+        for (int n = 0; !floodOver || n < 5; ++n) ++(served(trox_) ? answers : failed);
+    });
+    timeval limit{10, 0};
+    setsockopt(flooder, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit));
+    size_t sent = 0;
+    int sendError = 0;
+    for (; sent < 200000; ++sent) {
+        const std::vector<uint8_t> call = transactFrame(sent + 1, ref);
+        if (!sendExact(flooder, call.data(), call.size())) {
+            sendError = errno;
+            break;
+        }
+    }
+    floodOver = true;
+    bystander.join();
+    EXPECT_TRUE(sendError == EPIPE || sendError == ECONNRESET)
+            << "sent " << sent << " calls, errno " << sendError;
+    EXPECT_GE(answers.load(), 5);
+    EXPECT_EQ(failed.load(), 0);
+    EXPECT_TRUE(service_->waitForOutput("dropping the connection")) << service_->output();
+    EXPECT_TRUE(served(trox_));
 }
 
 }  // namespace
