@@ -1,6 +1,7 @@
-// Where a device aborts (misused SharedRefBase, empty ScopedAStatus, delegator over another
-// version), the host aborts too and says why.
+// SharedRefBase and binder object ownership, and where a device aborts (misused SharedRefBase,
+// empty ScopedAStatus, delegator over another version) the host aborts too and says why.
 #include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
+#include <aidl/vendor/vexal/hardware/trox/ITrox.h>
 #include <aidl/vendor/vexal/hardware/trox/ITroxCallback.h>
 #include <android/binder_auto_utils.h>
 #include <android/binder_interface_utils.h>
@@ -11,6 +12,7 @@
 #include <vector>
 
 using aidl::vendor::vexal::hardware::trox::BnTroxCallback;
+using aidl::vendor::vexal::hardware::trox::ITrox;
 using aidl::vendor::vexal::hardware::trox::ITroxCallback;
 using aidl::vendor::vexal::hardware::trox::ITroxCallbackDefault;
 using aidl::vendor::vexal::hardware::trox::TroxRequestData;
@@ -19,14 +21,61 @@ namespace {
 
 class Counted : public ndk::SharedRefBase {};
 
+int gAlive = 0;
+
 class Callback : public BnTroxCallback {
   public:
+    Callback() { ++gAlive; }
+    ~Callback() override { --gAlive; }
     ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>& data) override {
         calls += static_cast<int>(data.size());
         return ndk::ScopedAStatus::ok();
     }
+    std::shared_ptr<Callback> self() { return ref<Callback>(); }
     int calls = 0;
 };
+
+TEST(Ownership, BinderKeepsTheObjectAliveAndLocalLookupsFindIt) {
+    gAlive = 0;
+    ndk::SpAIBinder binder;
+    {
+        auto cb = ndk::SharedRefBase::make<Callback>();
+        EXPECT_EQ(cb->self().get(), cb.get());
+        EXPECT_FALSE(cb->isRemote());
+        binder = cb->asBinder();
+        ASSERT_NE(binder.get(), nullptr);
+        EXPECT_EQ(cb->asBinder().get(), binder.get());  // one binder per object
+        EXPECT_FALSE(AIBinder_isRemote(binder.get()));
+    }
+    EXPECT_EQ(gAlive, 1);  // only the binder holds it now
+    std::shared_ptr<ITroxCallback> back = ITroxCallback::fromBinder(binder);
+    ASSERT_NE(back, nullptr);
+    EXPECT_FALSE(back->isRemote());
+    EXPECT_EQ(ITrox::fromBinder(binder), nullptr);  // another interface
+    EXPECT_EQ(ITroxCallback::fromBinder(ndk::SpAIBinder()), nullptr);
+    back.reset();
+    binder.set(nullptr);
+    EXPECT_EQ(gAlive, 0);
+}
+
+TEST(Ownership, NewBinderAfterTheOldOneDied) {
+    auto cb = ndk::SharedRefBase::make<Callback>();
+    cb->asBinder();                // created and dropped at once
+    EXPECT_EQ(cb.use_count(), 1);  // the dead binder no longer holds the object
+    ndk::SpAIBinder second = cb->asBinder();
+    ASSERT_NE(second.get(), nullptr);
+    EXPECT_EQ(cb.use_count(), 2);
+    EXPECT_EQ(ndk::ICInterface::asInterface(second.get()).get(), cb.get());
+}
+
+TEST(DefaultImpl, AnswersUnknownTransaction) {
+    auto def = ndk::SharedRefBase::make<ITroxCallbackDefault>();
+    EXPECT_EQ(def->onCallback({}).getStatus(), STATUS_UNKNOWN_TRANSACTION);
+    int32_t version = -1;
+    EXPECT_TRUE(def->getInterfaceVersion(&version).isOk());
+    EXPECT_EQ(version, 0);
+    EXPECT_EQ(def->asBinder().get(), nullptr);
+}
 
 struct DeathCase {
     const char* name;
