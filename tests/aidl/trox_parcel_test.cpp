@@ -1,6 +1,5 @@
 // Wire encoding of the trox records and of the C++ parcel helpers under them: golden bytes, round
 // trips, hostile input and text form.
-#include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
 #include <aidl/vendor/vexal/hardware/trox/TroxRequestParcel.h>
 #include <android/binder_parcel_utils.h>
 #include <android/binder_to_string.h>
@@ -8,23 +7,19 @@
 
 #include <cstdio>
 #include <limits>
+#include <tuple>
 
-using aidl::vendor::vexal::hardware::trox::BnTroxCallback;
+#include "RecordingCallback.h"
+
 using aidl::vendor::vexal::hardware::trox::ITroxCallback;
 using aidl::vendor::vexal::hardware::trox::TroxRequestData;
 using aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
+using vexal::testing::RecordingCallback;
 
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 constexpr int64_t kWideId = 0x00000000FFFFFFFBLL;  // a 32-bit id, zero-extended
-
-class NullCallback : public BnTroxCallback {
-  public:
-    ndk::ScopedAStatus onCallback(const std::vector<TroxRequestData>&) override {
-        return ndk::ScopedAStatus::ok();
-    }
-};
 
 // Bytes as space-separated little-endian 4-byte words, the way the wire layout is written down.
 std::string hex(const Bytes& bytes) {
@@ -81,12 +76,7 @@ binder_status_t readValue(const std::string& wire, T* out) {
 TroxRequestData data(int64_t id, std::optional<std::string> value = std::nullopt,
                      std::optional<std::string> path = std::nullopt,
                      std::optional<std::string> extra = std::nullopt) {
-    TroxRequestData d;
-    d.res_Id = id;
-    d.res_Value = std::move(value);
-    d.res_Path = std::move(path);
-    d.res_Extra = std::move(extra);
-    return d;
+    return {id, std::move(value), std::move(path), std::move(extra)};
 }
 
 TroxRequestParcel fullParcel() {
@@ -127,7 +117,7 @@ TEST(TroxRequestDataWire, GoldenBytesAndRoundTrips) {
 
 TEST(TroxRequestParcelWire, GoldenBytesEveryFieldSet) {
     TroxRequestParcel p = fullParcel();
-    p.callback = ndk::SharedRefBase::make<NullCallback>();
+    p.callback = ndk::SharedRefBase::make<RecordingCallback>();
     Bytes got = written(p);
     ASSERT_EQ(got.size(), 128u);
     std::fill(got.begin() + 88, got.begin() + 96, 0);  // the binder object's own words
@@ -152,23 +142,19 @@ TEST(TroxRequestParcelWire, RoundTripsOverOtherContent) {
 // The size word lets a reader skip fields a newer peer added and keep defaults for ones an older
 // peer did not send, then carry on after the record.
 TEST(TroxRequestDataWire, OtherVersionsOfTheRecord) {
-    struct Case {
-        const char* wire;
-        TroxRequestData want;
-        int32_t end;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, TroxRequestData, int32_t> cases[] = {
+            // wire, record, end
             {"20000000 4d000000 00000000 01000000 76000000 ffffffff ffffffff efbeadde 34120000",
              data(77, "v"), 32},
             {"0c000000 08000000 00000000 01000000 78000000", data(8), 12},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.wire);
-        ndk::ScopedAParcel parcel = parcelOf(unhex(c.wire));
+    for (const auto& [wire, want, end] : cases) {
+        SCOPED_TRACE(wire);
+        ndk::ScopedAParcel parcel = parcelOf(unhex(wire));
         TroxRequestData back;
         ASSERT_EQ(back.readFromParcel(parcel.get()), STATUS_OK);
-        EXPECT_EQ(back, c.want);
-        EXPECT_EQ(AParcel_getDataPosition(parcel.get()), c.end);
+        EXPECT_EQ(back, want);
+        EXPECT_EQ(AParcel_getDataPosition(parcel.get()), end);
     }
 }
 
@@ -203,25 +189,21 @@ TEST(TroxRequestParcelWire, EveryTruncationIsAnError) {
 TEST(TroxRequestParcelWire, HostileArrayLengthsAreErrors) {
     const Bytes full = written(fullParcel());
     const size_t values = full.size() - 12;
-    struct Patch {
-        size_t offset;  // of a length word in fullParcel()'s bytes: requestData, debugTags, values
-        const char* was;
-        const char* length;
-    };
-    const Patch patches[] = {
+    // {offset of a length word (requestData, debugTags, values), what it holds, what it gets}
+    const std::tuple<size_t, const char*, const char*> patches[] = {
             {8, "01000000", "feffffff"},      {8, "01000000", "ffffffff"},
             {8, "01000000", "ffffff7f"},      {8, "01000000", "00000080"},
             {8, "01000000", "02000000"},      {64, "02000000", "fbffffff"},
             {64, "02000000", "00000040"},     {values, "02000000", "fdffffff"},
             {values, "02000000", "ffffff3f"}, {values, "02000000", "03000000"},
     };
-    for (const Patch& p : patches) {
-        SCOPED_TRACE(std::to_string(p.offset) + " " + p.length);
-        const auto at = full.begin() + static_cast<std::ptrdiff_t>(p.offset);
-        ASSERT_EQ(hex(Bytes(at, at + 4)), p.was);
+    for (const auto& [offset, was, length] : patches) {
+        SCOPED_TRACE(std::to_string(offset) + " " + length);
         Bytes b = full;
-        const Bytes word = unhex(p.length);
-        std::copy(word.begin(), word.end(), b.begin() + static_cast<std::ptrdiff_t>(p.offset));
+        const auto at = b.begin() + static_cast<std::ptrdiff_t>(offset);
+        ASSERT_EQ(hex(Bytes(at, at + 4)), was);
+        const Bytes word = unhex(length);
+        std::copy(word.begin(), word.end(), at);
         TroxRequestParcel back;
         EXPECT_NE(readRecord(b, &back), STATUS_OK);
     }
@@ -252,7 +234,7 @@ TEST(ParcelHelpers, NullInterfacesTravelAsNullBinders) {
     ASSERT_EQ(ndk::AParcel_writeNullableData(parcel.get(), none), STATUS_OK);
     EXPECT_EQ(hex(marshal(parcel.get())), "00000000 00000000");
     AParcel_setDataPosition(parcel.get(), 0);
-    std::shared_ptr<ITroxCallback> first = ndk::SharedRefBase::make<NullCallback>();
+    std::shared_ptr<ITroxCallback> first = ndk::SharedRefBase::make<RecordingCallback>();
     std::shared_ptr<ITroxCallback> second = first;
     EXPECT_EQ(ndk::AParcel_readData(parcel.get(), &first), STATUS_OK);
     EXPECT_EQ(ndk::AParcel_readNullableData(parcel.get(), &second), STATUS_OK);
@@ -282,35 +264,17 @@ TEST(ParcelHelpers, HugeLengthsAllocateNothing) {
 
 TEST(RecordText, EveryFieldAndValueKind) {
     using android::internal::ToString;
-    const std::pair<std::string, std::string> cases[] = {
-            {fullParcel().toString(),
-             "TroxRequestParcel{requestType: 7, requestData: [TroxRequestData{res_Id: 1, "
-             "res_Value: "
-             "v, res_Path: (null), res_Extra: (null)}], flag: true, param: -2, pid: 1234, "
-             "duration: 4294967298, debugTags: [t, (null)], handle: 9, callback: (null), pkg: p, "
-             "identity: , values: [5, -6]}"},
-            {ToString(kWideId), "4294967291"},
-            {ToString(std::vector<int32_t>{}), "[]"},
-            {ToString(std::string("x y")), "x y"},
-            // An interface has no text of its own.
-            {ToString(std::shared_ptr<ITroxCallback>(ndk::SharedRefBase::make<NullCallback>())),
-             "<unimplemented>"},
-            {ToString(char16_t{0x00e9}), "\xc3\xa9"},
-            {ToString(int8_t{-2}), "-2"},
-    };
-    for (const auto& [got, want] : cases) EXPECT_EQ(got, want);
-}
-
-TEST(RecordCompare, OrderingFollowsFieldOrder) {
-    EXPECT_LT(data(1, "z"), data(2, "a"));
-    EXPECT_LT(data(1), data(1, "a"));  // null sorts first
-    EXPECT_GT(data(1, "b"), data(1, "a"));
-    EXPECT_NE(data(1), data(1, ""));
-    TroxRequestParcel a, b;
-    b.callback = ndk::SharedRefBase::make<NullCallback>();
-    EXPECT_NE(a, b);  // callbacks compare by pointer
-    TroxRequestParcel c = b;
-    EXPECT_EQ(b, c);
+    EXPECT_EQ(
+            fullParcel().toString(),
+            "TroxRequestParcel{requestType: 7, requestData: [TroxRequestData{res_Id: 1, res_Value: "
+            "v, res_Path: (null), res_Extra: (null)}], flag: true, param: -2, pid: 1234, "
+            "duration: 4294967298, debugTags: [t, (null)], handle: 9, callback: (null), pkg: p, "
+            "identity: , values: [5, -6]}");
+    EXPECT_EQ(ToString(kWideId), "4294967291");
+    EXPECT_EQ(ToString(std::vector<int32_t>{}), "[]");
+    // An interface has no text of its own.
+    std::shared_ptr<ITroxCallback> cb = ndk::SharedRefBase::make<RecordingCallback>();
+    EXPECT_EQ(ToString(cb), "<unimplemented>");
 }
 
 }  // namespace
