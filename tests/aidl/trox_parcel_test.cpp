@@ -108,7 +108,9 @@ TEST(TroxRequestDataWire, GoldenBytesAndRoundTrips) {
     for (const auto& [record, golden] : cases) {
         SCOPED_TRACE(record.toString());
         const Bytes bytes = written(record);
-        EXPECT_EQ(hex(bytes), golden ? golden : hex(bytes));
+        if (golden) {
+            EXPECT_EQ(hex(bytes), golden);
+        }
         TroxRequestData back = data(99, "junk");
         ASSERT_EQ(readRecord(bytes, &back), STATUS_OK);
         EXPECT_EQ(back, record);
