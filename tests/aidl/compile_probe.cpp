@@ -12,101 +12,53 @@
 
 using aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
 
+// PICK(right, mistake): each case below names the correct form first.
+#ifdef PROBE_MISTAKE
+#define PICK(right, mistake) mistake
+#else
+#define PICK(right, mistake) right
+#endif
+
 namespace probe_types {
 struct Counted : ndk::SharedRefBase {};
-}  // namespace probe_types
-using probe_types::Counted;
 
+struct Probe {
+    binder_status_t run();
+
+    AParcel* out;
+    const AParcel* in;
+    TroxRequestParcel request;
+    ndk::ScopedAStatus status;
+    ndk::SpAIBinder binder;
+    std::shared_ptr<Counted> made;
+};
+
+binder_status_t Probe::run() {
 #if defined(PROBE_write_nullable_string)
-binder_status_t probe(AParcel* parcel, const TroxRequestParcel& request) {
-#ifdef PROBE_MISTAKE
-    return ndk::AParcel_writeData(parcel, request.pkg);
-#else
-    return ndk::AParcel_writeNullableData(parcel, request.pkg);
-#endif
-}
+    return PICK(ndk::AParcel_writeNullableData, ndk::AParcel_writeData)(out, request.pkg);
 #elif defined(PROBE_read_nullable_string)
-binder_status_t probe(const AParcel* parcel, TroxRequestParcel* request) {
-#ifdef PROBE_MISTAKE
-    return ndk::AParcel_readData(parcel, &request->identity);
-#else
-    return ndk::AParcel_readNullableData(parcel, &request->identity);
-#endif
-}
+    return PICK(ndk::AParcel_readNullableData, ndk::AParcel_readData)(in, &request.identity);
 #elif defined(PROBE_write_nullable_string_array)
-binder_status_t probe(AParcel* parcel, const TroxRequestParcel& request) {
-#ifdef PROBE_MISTAKE
-    return ndk::AParcel_writeData(parcel, request.debugTags);
-#else
-    return ndk::AParcel_writeNullableData(parcel, request.debugTags);
-#endif
-}
+    return PICK(ndk::AParcel_writeNullableData, ndk::AParcel_writeData)(out, request.debugTags);
 #elif defined(PROBE_read_nullable_int_array)
-binder_status_t probe(const AParcel* parcel, TroxRequestParcel* request) {
-#ifdef PROBE_MISTAKE
-    return ndk::AParcel_readData(parcel, &request->values);
-#else
-    return ndk::AParcel_readNullableData(parcel, &request->values);
-#endif
-}
+    return PICK(ndk::AParcel_readNullableData, ndk::AParcel_readData)(in, &request.values);
 #elif defined(PROBE_new_shared_ref_base)
-std::shared_ptr<Counted> probe() {
-#ifdef PROBE_MISTAKE
-    return std::shared_ptr<Counted>(new Counted());
-#else
-    return ndk::SharedRefBase::make<Counted>();
-#endif
-}
+    made = PICK(ndk::SharedRefBase::make<Counted>(), std::shared_ptr<Counted>(new Counted()));
 #elif defined(PROBE_make_shared_shared_ref_base)
-std::shared_ptr<Counted> probe() {
-#ifdef PROBE_MISTAKE
-    return std::make_shared<Counted>();
-#else
-    return ndk::SharedRefBase::make<Counted>();
-#endif
-}
+    made = PICK(ndk::SharedRefBase::make<Counted>(), std::make_shared<Counted>());
 #elif defined(PROBE_discarded_status)
-void probe() {
-#ifdef PROBE_MISTAKE
-    AStatus_fromServiceSpecificError(3);
-#else
-    AStatus_delete(AStatus_fromServiceSpecificError(3));
-#endif
-}
+    PICK(AStatus_delete(AStatus_fromServiceSpecificError(3)), AStatus_fromServiceSpecificError(3));
 #elif defined(PROBE_discarded_release)
-void probe(ndk::ScopedAStatus status) {
-#ifdef PROBE_MISTAKE
-    status.release();
-#else
-    AStatus_delete(status.release());
-#endif
-}
+    PICK(AStatus_delete(status.release()), status.release());
 #elif defined(PROBE_deprecated_get_service)
-ndk::SpAIBinder probe(const char* instance) {
-#ifdef PROBE_MISTAKE
-    return ndk::SpAIBinder(AServiceManager_getService(instance));
-#else
-    return ndk::SpAIBinder(AServiceManager_checkService(instance));
-#endif
-}
+    binder.set(PICK(AServiceManager_checkService, AServiceManager_getService)("x"));
 #elif defined(PROBE_system_stability)
-void probe(AIBinder* binder) {
-#ifdef PROBE_MISTAKE
-    AIBinder_markSystemStability(binder);
-#else
-    AIBinder_markVendorStability(binder);
-#endif
-}
+    PICK(AIBinder_markVendorStability, AIBinder_markSystemStability)(binder.get());
 #elif defined(PROBE_sp_binder_release)
-AIBinder* probe(ndk::SpAIBinder binder) {
-#ifdef PROBE_MISTAKE
-    return binder.release();
-#else
-    AIBinder* raw = binder.get();
-    AIBinder_incStrong(raw);
-    return raw;
-#endif
-}
+    PICK(AIBinder_incStrong(binder.get()), (void)binder.release());
 #else
 #error "no PROBE_<case> defined"
 #endif
+    return STATUS_OK;
+}
+}  // namespace probe_types

@@ -1,493 +1,262 @@
-// Every ITrox operation through the service manager and a proxy, plus callbacks and logFunc.
-#include <aidl/vendor/vexal/hardware/trox/BnTrox.h>
-#include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
+// Every ITrox operation through the service manager and a proxy, plus callbacks and the log hooks.
 #include <aidl/vendor/vexal/hardware/trox/BpTrox.h>
-#include <aidl/vendor/vexal/hardware/trox/ITrox.h>
 #include <android/binder_manager.h>
-#include <android/binder_process.h>
-#include <binder_host/service_control.h>
+#include <android/binder_to_string.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <condition_variable>
+#include <fstream>
 #include <functional>
+#include <future>
 #include <mutex>
-#include <thread>
+#include <tuple>
 
-using aidl::vendor::vexal::hardware::trox::BnTrox;
+#include "FakeTroxService.h"
+#include "RecordingCallback.h"
+
 using aidl::vendor::vexal::hardware::trox::BnTroxCallback;
 using aidl::vendor::vexal::hardware::trox::BpTrox;
 using aidl::vendor::vexal::hardware::trox::ITrox;
 using aidl::vendor::vexal::hardware::trox::ITroxCallback;
-using aidl::vendor::vexal::hardware::trox::ITroxCallbackDefault;
 using aidl::vendor::vexal::hardware::trox::TroxRequestData;
 using aidl::vendor::vexal::hardware::trox::TroxRequestParcel;
+using android::internal::ToString;
 using ndk::ScopedAStatus;
+using vexal::testing::FakeTroxService;
+using vexal::testing::RecordedCall;
+using vexal::testing::RecordingCallback;
 using namespace std::chrono_literals;
 
 namespace {
 
-// Lets a test wait for something another binder thread does.
-class Signal {
-  public:
-    void notify() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mDone = true;
-        mCv.notify_all();
-    }
-    bool wait(std::chrono::milliseconds timeout = 5s) {
-        std::unique_lock<std::mutex> lock(mMutex);
-        return mCv.wait_for(lock, timeout, [this] { return mDone; });
-    }
-    bool done() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return mDone;
-    }
+constexpr int64_t kWideId = 0x00000000FFFFFFFBLL;  // a 32-bit id, zero-extended
 
-  private:
-    std::mutex mMutex;
-    std::condition_variable mCv;
-    bool mDone = false;
-};
+using Data = TroxRequestData;
 
-TroxRequestData data(int64_t id, std::optional<std::string> value = std::nullopt) {
-    TroxRequestData d;
-    d.res_Id = id;
-    d.res_Value = std::move(value);
-    return d;
+Data data(int64_t id, std::optional<std::string> value = std::nullopt) {
+    return {id, std::move(value), std::nullopt, std::nullopt};
 }
-
-class RecordingCallback : public BnTroxCallback {
-  public:
-    ScopedAStatus onCallback(const std::vector<TroxRequestData>& in_data) override {
-        {
-            std::lock_guard<std::mutex> lock(mutex);
-            received = in_data;
-        }
-        called.notify();
-        return reply();
-    }
-    std::function<ScopedAStatus()> reply = [] { return ScopedAStatus::ok(); };
-    std::mutex mutex;
-    std::vector<TroxRequestData> received;
-    Signal called;
-};
-
-// Records what arrived and answers with values derived from it.
-class FakeTrox : public BnTrox {
-  public:
-    ScopedAStatus reservedSlot1() override { return note("reservedSlot1"); }
-    ScopedAStatus trox_init() override { return note("trox_init"); }
-    ScopedAStatus troxResCtlRequest(const TroxRequestParcel& in_request,
-                                    int32_t* _aidl_return) override {
-        request = in_request;
-        *_aidl_return = in_request.handle + 100;
-        return note("troxResCtlRequest");
-    }
-    ScopedAStatus troxResCtlRelease(int32_t in_handle, int32_t* _aidl_return) override {
-        handle = in_handle;
-        *_aidl_return = -in_handle;
-        if (in_handle == 2)
-            return ScopedAStatus::fromServiceSpecificErrorWithMessage(-5, "bad handle");
-        if (in_handle == 3)
-            return ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT, "nope");
-        if (in_handle == 4) return ScopedAStatus::fromServiceSpecificError(11);
-        if (in_handle == 5) return ScopedAStatus::fromExceptionCode(EX_SECURITY);
-        return note("troxResCtlRelease");
-    }
-    ScopedAStatus troxResStateRequest(const TroxRequestParcel& in_request,
-                                      std::vector<TroxRequestData>* _aidl_return) override {
-        request = in_request;
-        *_aidl_return = in_request.requestData;
-        _aidl_return->push_back(data(0x00000000FFFFFFFBLL, "state"));
-        return note("troxResStateRequest");
-    }
-    ScopedAStatus troxResListeningRegister(const TroxRequestParcel& in_request,
-                                           const std::shared_ptr<ITroxCallback>& in_callback,
-                                           int32_t* _aidl_return) override {
-        request = in_request;
-        callback = in_callback;
-        *_aidl_return = 41;
-        return note("troxResListeningRegister");
-    }
-    ScopedAStatus troxResListeningUnRegister(int32_t in_handle, int32_t* _aidl_return) override {
-        handle = in_handle;
-        *_aidl_return = in_handle * 2;
-        return note("troxResListeningUnRegister");
-    }
-    ScopedAStatus troxPropertyGet(const std::string& in_key, std::string* _aidl_return) override {
-        key = in_key;
-        *_aidl_return = "value-of-" + in_key;
-        return note("troxPropertyGet");
-    }
-    ScopedAStatus troxPropertySet(const std::string& in_key, const std::string& in_value,
-                                  int32_t* _aidl_return) override {
-        key = in_key;
-        value = in_value;
-        *_aidl_return = static_cast<int32_t>(in_value.size());
-        return note("troxPropertySet");
-    }
-    ScopedAStatus troxThermalListeningRegister(const std::vector<int32_t>& in_ids,
-                                               const std::shared_ptr<ITroxCallback>& in_callback,
-                                               int32_t* _aidl_return) override {
-        ids = in_ids;
-        callback = in_callback;
-        *_aidl_return = static_cast<int32_t>(in_ids.size());
-        return note("troxThermalListeningRegister");
-    }
-    ScopedAStatus troxThermalListeningUnregister(int32_t in_handle,
-                                                 int32_t* _aidl_return) override {
-        handle = in_handle;
-        *_aidl_return = in_handle + 1;
-        return note("troxThermalListeningUnregister");
-    }
-    ScopedAStatus reservedSlot12() override { return note("reservedSlot12"); }
-    ScopedAStatus setRelatedSysInfo(int32_t in_info, int32_t in_value,
-                                    int32_t* _aidl_return) override {
-        ints = {in_info, in_value};
-        *_aidl_return = in_info * 1000 + in_value;
-        return note("setRelatedSysInfo");
-    }
-    ScopedAStatus troxRuleCtl(int32_t in_ruleId, int32_t in_status,
-                              const std::vector<TroxRequestData>& in_data,
-                              int32_t* _aidl_return) override {
-        ints = {in_ruleId, in_status};
-        list = in_data;
-        *_aidl_return = static_cast<int32_t>(in_data.size()) + in_ruleId;
-        return note("troxRuleCtl");
-    }
-    ScopedAStatus troxResCtlRequestOneWay(const TroxRequestParcel& in_request) override {
-        request = in_request;
-        if (blockOneWay) release.wait();
-        ScopedAStatus status = note("troxResCtlRequestOneWay");
-        oneWayDone.notify();
-        return status;
-    }
-
-    ScopedAStatus note(const char* name) {
-        method = name;
-        return ScopedAStatus::ok();
-    }
-
-    std::string method;
-    TroxRequestParcel request;
-    int32_t handle = 0;
-    std::string key, value;
-    std::vector<int32_t> ids, ints;
-    std::vector<TroxRequestData> list;
-    std::shared_ptr<ITroxCallback> callback;
-    bool blockOneWay = false;
-    Signal release, oneWayDone;
-};
-
-const std::string kInstance = std::string(ITrox::descriptor) + "/default";
-
-class TroxProxyTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        ABinderProcess_startThreadPool();
-        binder_host::resetServiceManager();
-        service = ndk::SharedRefBase::make<FakeTrox>();
-        binder_host::declareService(kInstance);
-        ASSERT_EQ(AServiceManager_addService(service->asBinder().get(), kInstance.c_str()),
-                  EX_NONE);
-        ndk::SpAIBinder binder(AServiceManager_checkService(kInstance.c_str()));
-        ASSERT_NE(binder.get(), nullptr);
-        proxy = ITrox::fromBinder(binder);
-        ASSERT_NE(proxy, nullptr);
-    }
-    void TearDown() override {
-        if (service) service->release.notify();
-        BnTroxCallback::logFunc = nullptr;
-        proxy.reset();
-        binder_host::resetServiceManager();
-    }
-
-    std::shared_ptr<FakeTrox> service;
-    std::shared_ptr<ITrox> proxy;
-};
 
 TroxRequestParcel sampleRequest() {
     TroxRequestParcel p;
     p.requestType = 3;
-    p.requestData = {data(0x00000000FFFFFFFBLL, "1"), data(7)};
-    p.flag = true;
-    p.param = -9;
+    p.requestData = {data(kWideId, "1"), data(7)};
     p.pid = 4321;
-    p.duration = 1500;
     p.debugTags = std::vector<std::optional<std::string>>{"tag", std::nullopt};
     p.handle = 12;
-    p.pkg = "com.example";
     p.values = std::vector<int32_t>{1, 2, 3};
     return p;
 }
 
-TEST_F(TroxProxyTest, FetchedServiceIsARemoteProxy) {
-    EXPECT_TRUE(proxy->isRemote());
-    EXPECT_NE(dynamic_cast<BpTrox*>(proxy.get()), nullptr);
-    EXPECT_NE(proxy.get(), static_cast<ITrox*>(service.get()));
+RecordedCall recorded(const char* method, std::vector<int32_t> ints = {},
+                      std::optional<TroxRequestParcel> parcel = std::nullopt,
+                      std::shared_ptr<ITroxCallback> callback = nullptr,
+                      std::vector<std::string> texts = {}, std::vector<Data> list = {}) {
+    RecordedCall call(method);
+    call.ints = std::move(ints);
+    call.parcel = std::move(parcel);
+    call.callback = std::move(callback);
+    call.texts = std::move(texts);
+    call.data = std::move(list);
+    return call;
 }
+
+class TroxProxyTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        proxy = ITrox::fromBinder(
+                ndk::SpAIBinder(AServiceManager_checkService(vexal::testing::kTroxInstance)));
+        ASSERT_NE(proxy, nullptr);
+        ASSERT_TRUE(proxy->isRemote());
+    }
+    void TearDown() override {
+        fake.releaseCalls();
+        BnTroxCallback::logFunc = nullptr;
+        BpTrox::logFunc = nullptr;
+    }
+
+    FakeTroxService published;
+    vexal::testing::FakeTrox& fake = published.fake();
+    std::shared_ptr<ITrox> proxy;
+};
 
 TEST_F(TroxProxyTest, EveryOperationCarriesItsArgumentsAndResult) {
     const TroxRequestParcel req = sampleRequest();
+    const std::vector<Data> reply = {data(kWideId, "state"), data(-1, "")};
+    const std::vector<Data> rule = {data(1), data(2, "x")};
+    fake.setStateReply(reply);
+    fake.setPropertyValue("v\xc3\xa4lue");
     auto cb = ndk::SharedRefBase::make<RecordingCallback>();
+    std::vector<Data> list;
+    std::string text;
+    int32_t r = -1;
     struct Op {
-        const char* method;
-        std::function<ScopedAStatus(ITrox&)> call;
-        std::function<void(FakeTrox&)> check;
+        std::function<ScopedAStatus()> call;
+        RecordedCall want;
+        bool returnsInt;
     };
-    int32_t r = 0;
-    std::string s;
-    std::vector<TroxRequestData> list;
     const std::vector<Op> ops = {
-            {"reservedSlot1", [](ITrox& t) { return t.reservedSlot1(); }, [](FakeTrox&) {}},
-            {"trox_init", [](ITrox& t) { return t.trox_init(); }, [](FakeTrox&) {}},
-            {"troxResCtlRequest", [&](ITrox& t) { return t.troxResCtlRequest(req, &r); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.request, req);
-                 EXPECT_EQ(r, 112);
-             }},
-            {"troxResCtlRelease", [&](ITrox& t) { return t.troxResCtlRelease(77, &r); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.handle, 77);
-                 EXPECT_EQ(r, -77);
-             }},
-            {"troxResStateRequest", [&](ITrox& t) { return t.troxResStateRequest(req, &list); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.request, req);
-                 ASSERT_EQ(list.size(), 3u);
-                 EXPECT_EQ(list[0], req.requestData[0]);
-                 EXPECT_EQ(list[2], data(0x00000000FFFFFFFBLL, "state"));
-             }},
-            {"troxResListeningRegister",
-             [&](ITrox& t) { return t.troxResListeningRegister(req, cb, &r); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.request, req);
-                 ASSERT_NE(f.callback, nullptr);
-                 EXPECT_TRUE(f.callback->isRemote());
-                 EXPECT_EQ(r, 41);
-             }},
-            {"troxResListeningUnRegister",
-             [&](ITrox& t) { return t.troxResListeningUnRegister(-8, &r); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.handle, -8);
-                 EXPECT_EQ(r, -16);
-             }},
-            {"troxPropertyGet",
-             [&](ITrox& t) { return t.troxPropertyGet("vendor.k\xc3\xa9y", &s); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.key, "vendor.k\xc3\xa9y");
-                 EXPECT_EQ(s, "value-of-vendor.k\xc3\xa9y");
-             }},
-            {"troxPropertySet", [&](ITrox& t) { return t.troxPropertySet("k", "", &r); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.key, "k");
-                 EXPECT_EQ(f.value, "");
-                 EXPECT_EQ(r, 0);
-             }},
-            {"troxThermalListeningRegister",
-             [&](ITrox& t) {
-                 return t.troxThermalListeningRegister({4, -5, 6, 7}, cb, &r);
+            {[&] { return proxy->reservedSlot1(); }, recorded("reservedSlot1"), false},
+            {[&] { return proxy->trox_init(); }, recorded("trox_init"), false},
+            {[&] { return proxy->troxResCtlRequest(req, &r); },
+             recorded("troxResCtlRequest", {}, req), true},
+            {[&] { return proxy->troxResCtlRelease(77, &r); }, recorded("troxResCtlRelease", {77}),
+             true},
+            {[&] { return proxy->troxResStateRequest(req, &list); },
+             recorded("troxResStateRequest", {}, req), false},
+            {[&] { return proxy->troxResListeningRegister(req, cb, &r); },
+             recorded("troxResListeningRegister", {}, req, cb), true},
+            // A device sends a null interface even where the AIDL does not say @nullable: the
+            // service sees nullptr and decides. The host must not refuse it earlier.
+            {[&] { return proxy->troxResListeningRegister(req, nullptr, &r); },
+             recorded("troxResListeningRegister", {}, req), true},
+            {[&] { return proxy->troxResListeningUnRegister(-8, &r); },
+             recorded("troxResListeningUnRegister", {-8}), true},
+            {[&] { return proxy->troxPropertyGet("vendor.k\xc3\xa9y", &text); },
+             recorded("troxPropertyGet", {}, {}, nullptr, {"vendor.k\xc3\xa9y"}), false},
+            {[&] { return proxy->troxPropertySet("k", "", &r); },
+             recorded("troxPropertySet", {}, {}, nullptr, {"k", ""}), true},
+            {[&] {
+                 return proxy->troxThermalListeningRegister({4, -5, 6}, cb, &r);
              },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.ids, (std::vector<int32_t>{4, -5, 6, 7}));
-                 EXPECT_TRUE(f.callback->isRemote());
-                 EXPECT_EQ(r, 4);
-             }},
-            {"troxThermalListeningUnregister",
-             [&](ITrox& t) { return t.troxThermalListeningUnregister(30, &r); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.handle, 30);
-                 EXPECT_EQ(r, 31);
-             }},
-            {"reservedSlot12", [](ITrox& t) { return t.reservedSlot12(); }, [](FakeTrox&) {}},
-            {"setRelatedSysInfo", [&](ITrox& t) { return t.setRelatedSysInfo(3, -4, &r); },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.ints, (std::vector<int32_t>{3, -4}));
-                 EXPECT_EQ(r, 2996);
-             }},
-            {"troxRuleCtl",
-             [&](ITrox& t) {
-                 return t.troxRuleCtl(10, 1, {data(1), data(2, "x")}, &r);
-             },
-             [&](FakeTrox& f) {
-                 EXPECT_EQ(f.ints, (std::vector<int32_t>{10, 1}));
-                 EXPECT_EQ(f.list, (std::vector<TroxRequestData>{data(1), data(2, "x")}));
-                 EXPECT_EQ(r, 12);
-             }},
-            {"troxResCtlRequestOneWay", [&](ITrox& t) { return t.troxResCtlRequestOneWay(req); },
-             [&](FakeTrox& f) {
-                 ASSERT_TRUE(f.oneWayDone.wait());
-                 EXPECT_EQ(f.request, req);
-             }},
+             recorded("troxThermalListeningRegister", {4, -5, 6}, {}, cb), true},
+            {[&] { return proxy->troxThermalListeningUnregister(30, &r); },
+             recorded("troxThermalListeningUnregister", {30}), true},
+            {[&] { return proxy->reservedSlot12(); }, recorded("reservedSlot12"), false},
+            {[&] { return proxy->setRelatedSysInfo(3, -4, &r); },
+             recorded("setRelatedSysInfo", {3, -4}), true},
+            {[&] { return proxy->troxRuleCtl(10, 1, rule, &r); },
+             recorded("troxRuleCtl", {10, 1}, {}, nullptr, {}, rule), true},
+            {[&] { return proxy->troxResCtlRequestOneWay(req); },
+             recorded("troxResCtlRequestOneWay", {}, req), false},
     };
-    ASSERT_EQ(ops.size(), 15u);
-    for (const auto& op : ops) {
-        SCOPED_TRACE(op.method);
-        service->method.clear();
-        ScopedAStatus status = op.call(*proxy);
+    int32_t scripted = 1000;
+    for (const Op& op : ops) {
+        SCOPED_TRACE(op.want.method);
+        fake.clearCalls();
+        fake.setIntResult(op.want.method, ++scripted);
+        r = -1;
+        ScopedAStatus status = op.call();
         ASSERT_TRUE(status.isOk()) << status.getDescription();
-        op.check(*service);
-        EXPECT_EQ(service->method, op.method);
+        ASSERT_TRUE(fake.waitForCalls(1));  // a one-way call arrives after it returned
+        const RecordedCall got = fake.lastCall();
+        EXPECT_EQ(got.method, op.want.method);
+        EXPECT_EQ(got.parcel, op.want.parcel);
+        EXPECT_EQ(got.ints, op.want.ints);
+        EXPECT_EQ(got.texts, op.want.texts);
+        EXPECT_EQ(got.data, op.want.data);
+        ASSERT_EQ(got.callback != nullptr, op.want.callback != nullptr);
+        EXPECT_TRUE(!got.callback || got.callback->isRemote());
+        EXPECT_EQ(r, op.returnsInt ? scripted : -1);
     }
+    EXPECT_EQ(list, reply);
+    EXPECT_EQ(text, "v\xc3\xa4lue");
 }
 
-TEST_F(TroxProxyTest, FailingStatusReachesTheCaller) {
-    struct Case {
-        int32_t handle;
-        binder_exception_t exception;
-        int32_t serviceError;
-        std::string message;
-    };
-    const std::vector<Case> cases = {
-            {1, EX_NONE, 0, ""},
-            {2, EX_SERVICE_SPECIFIC, -5, "bad handle"},
-            {3, EX_ILLEGAL_ARGUMENT, 0, "nope"},
-            {4, EX_SERVICE_SPECIFIC, 11, ""},
-            {5, EX_SECURITY, 0, ""},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.handle);
-        int32_t r = 1234;
-        ScopedAStatus status = proxy->troxResCtlRelease(c.handle, &r);
-        EXPECT_EQ(status.getExceptionCode(), c.exception);
-        EXPECT_EQ(status.getServiceSpecificError(), c.serviceError);
-        EXPECT_EQ(std::string(status.getMessage()), c.message);
-        EXPECT_EQ(service->handle, c.handle);
-        EXPECT_EQ(r, c.exception == EX_NONE ? -c.handle : 1234);  // no result on failure
+TEST_F(TroxProxyTest, IdentityMatchesTheFrozenInterface) {
+    std::ifstream in(TROX_HASH_FILE);
+    std::string line, frozen;
+    while (std::getline(in, line)) {
+        if (!line.empty()) frozen = line;
     }
-}
-
-// A device sends a null interface even where the AIDL does not say @nullable: the service sees
-// nullptr and decides. The host must not refuse it earlier.
-TEST_F(TroxProxyTest, NullCallbackReachesTheServiceAsNull) {
-    service->callback = ndk::SharedRefBase::make<ITroxCallbackDefault>();
-    int32_t r = 0;
-    ScopedAStatus status = proxy->troxResListeningRegister(sampleRequest(), nullptr, &r);
-    ASSERT_TRUE(status.isOk()) << status.getDescription();
-    EXPECT_EQ(r, 41);
-    EXPECT_EQ(service->method, "troxResListeningRegister");
-    EXPECT_EQ(service->callback, nullptr);
-}
-
-TEST_F(TroxProxyTest, VersionAndHashThroughProxy) {
-    for (int round = 0; round < 2; ++round) {  // second round is served from the cache
+    ASSERT_EQ(frozen.size(), 40u) << TROX_HASH_FILE;
+    EXPECT_EQ(ITrox::hash, frozen);
+    EXPECT_EQ(ITroxCallback::hash, frozen);
+    EXPECT_STREQ(ITrox::descriptor, "vendor.vexal.hardware.trox.ITrox");
+    EXPECT_STREQ(ITroxCallback::descriptor, "vendor.vexal.hardware.trox.ITroxCallback");
+    EXPECT_EQ(int32_t{ITroxCallback::version}, 1);
+    for (int round = 0; round < 2; ++round) {  // the second round is served from the cache
         int32_t version = 0;
         std::string hash;
         ASSERT_TRUE(proxy->getInterfaceVersion(&version).isOk());
         ASSERT_TRUE(proxy->getInterfaceHash(&hash).isOk());
         EXPECT_EQ(version, 1);
-        EXPECT_EQ(hash, "d3f096dba0346c89ec4bd5ba6d3668a13f845826");
+        EXPECT_EQ(hash, frozen);
     }
 }
 
 TEST_F(TroxProxyTest, OneWayReturnsBeforeTheServiceFinishes) {
-    service->blockOneWay = true;
-    const auto start = std::chrono::steady_clock::now();
-    ScopedAStatus status = proxy->troxResCtlRequestOneWay(sampleRequest());
-    EXPECT_TRUE(status.isOk());
-    EXPECT_FALSE(service->oneWayDone.done());
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
-    service->release.notify();
-    ASSERT_TRUE(service->oneWayDone.wait());
-    EXPECT_EQ(service->request, sampleRequest());
+    fake.holdCalls();
+    auto call = std::async(std::launch::async,
+                           [&] { return proxy->troxResCtlRequestOneWay(sampleRequest()); });
+    const bool returned = call.wait_for(5s) == std::future_status::ready;
+    EXPECT_TRUE(fake.waitForCalls(1));
+    fake.releaseCalls();
+    EXPECT_TRUE(returned);
+    EXPECT_TRUE(call.get().isOk());
 }
 
-TEST_F(TroxProxyTest, CallbackInsideRequestAndAsArgumentReachesOriginalObject) {
+// A failing status reaches the caller, and the proxy's logFunc, whole. The callback inside the
+// request and the one passed beside it are one remote object; what the service sends on it reaches
+// the original object, and its answer reaches the stub's logFunc.
+TEST_F(TroxProxyTest, StatusesAndCallbacksAcrossBinder) {
+    // What a status, or a log of one, says: exception, message, transport status, service error.
+    using Outcome = std::tuple<int32_t, std::string, int32_t, int32_t>;
+    auto outcome = [](const auto& log) {
+        return Outcome{log.exception_code, log.exception_message, log.transaction_error,
+                       log.service_specific_error_code};
+    };
+    const std::vector<std::pair<std::function<ScopedAStatus()>, Outcome>> cases = {
+            {[] { return ScopedAStatus::fromServiceSpecificErrorWithMessage(-5, "bad handle"); },
+             {EX_SERVICE_SPECIFIC, "bad handle", STATUS_OK, -5}},
+            {[] { return ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "state"); },
+             {EX_ILLEGAL_STATE, "state", STATUS_OK, 0}},
+            {[] { return ScopedAStatus::fromServiceSpecificError(11); },
+             {EX_SERVICE_SPECIFIC, "", STATUS_OK, 11}},
+            {[] { return ScopedAStatus::fromExceptionCode(EX_SECURITY); },
+             {EX_SECURITY, "", STATUS_OK, 0}},
+            {[] { return ScopedAStatus::fromStatus(STATUS_BAD_VALUE); },
+             {EX_TRANSACTION_FAILED, "", STATUS_BAD_VALUE, 0}},
+    };
+    std::vector<BpTrox::TransactionLog> proxyLogs;
+    BpTrox::logFunc = [&](const BpTrox::TransactionLog& log) { proxyLogs.push_back(log); };
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::vector<BnTroxCallback::TransactionLog> stubLogs;
+    BnTroxCallback::logFunc = [&](const BnTroxCallback::TransactionLog& log) {
+        std::lock_guard<std::mutex> lock(mutex);
+        stubLogs.push_back(log);
+        changed.notify_all();
+    };
     auto cb = ndk::SharedRefBase::make<RecordingCallback>();
     TroxRequestParcel req = sampleRequest();
     req.callback = cb;
-    int32_t r = 0;
-    ASSERT_TRUE(proxy->troxResListeningRegister(req, cb, &r).isOk());
-    ASSERT_NE(service->request.callback, nullptr);
-    ASSERT_NE(service->callback, nullptr);
-    EXPECT_TRUE(service->request.callback->isRemote());
-    EXPECT_TRUE(service->callback->isRemote());
-    // One remote object, one proxy binder in this process.
-    EXPECT_EQ(service->request.callback->asBinder().get(), service->callback->asBinder().get());
+    const std::vector<Data> sent = {data(5, "five"), data(kWideId)};
+    fake.setIntResult("troxResListeningRegister", 5);
+    for (size_t i = 0; i < cases.size(); ++i) {
+        const auto& [make, want] = cases[i];
+        SCOPED_TRACE(i);
+        fake.failNextCalls(1, make);
+        int32_t r = 1234;
+        ScopedAStatus status = proxy->troxResListeningRegister(req, cb, &r);
+        EXPECT_EQ(Outcome(status.getExceptionCode(), status.getMessage(), status.getStatus(),
+                          status.getServiceSpecificError()),
+                  want);
+        EXPECT_EQ(r, 1234);  // no result on failure
+        ASSERT_EQ(proxyLogs.size(), i + 1);
+        const BpTrox::TransactionLog& sentLog = proxyLogs.back();
+        EXPECT_EQ(sentLog.method_name, "troxResListeningRegister");
+        EXPECT_EQ(sentLog.proxy_address, static_cast<const void*>(proxy.get()));
+        EXPECT_EQ(sentLog.input_args.at(0).second, ToString(req));
+        EXPECT_EQ(outcome(sentLog), want);
+        EXPECT_EQ(sentLog.result, "1234");  // the caller's variable, read back even on failure
 
-    const std::vector<TroxRequestData> sent = {data(5, "five"), data(0x00000000FFFFFFFBLL)};
-    ASSERT_TRUE(service->request.callback->onCallback(sent).isOk());
-    ASSERT_TRUE(cb->called.wait());
-    std::lock_guard<std::mutex> lock(cb->mutex);
-    EXPECT_EQ(cb->received, sent);
-}
-
-TEST_F(TroxProxyTest, CallbackLogFuncSeesMethodAndStatus) {
-    struct Case {
-        std::function<ScopedAStatus()> reply;
-        int32_t exception;
-        std::string message;
-        int32_t transactionError;
-        int32_t serviceError;
-    };
-    const std::vector<Case> cases = {
-            {[] { return ScopedAStatus::ok(); }, EX_NONE, "", STATUS_OK, 0},
-            {[] { return ScopedAStatus::fromServiceSpecificErrorWithMessage(7, "boom"); },
-             EX_SERVICE_SPECIFIC, "boom", STATUS_OK, 7},
-            {[] { return ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "state"); },
-             EX_ILLEGAL_STATE, "state", STATUS_OK, 0},
-            {[] { return ScopedAStatus::fromStatus(STATUS_BAD_VALUE); }, EX_TRANSACTION_FAILED, "",
-             STATUS_BAD_VALUE, 0},
-    };
-    std::mutex mutex;
-    std::vector<BnTroxCallback::TransactionLog> logs;
-    Signal logged;
-    BnTroxCallback::logFunc = [&](const BnTroxCallback::TransactionLog& log) {
-        std::lock_guard<std::mutex> lock(mutex);
-        logs.push_back(log);
-        logged.notify();
-    };
-    for (const auto& c : cases) {
-        auto cb = ndk::SharedRefBase::make<RecordingCallback>();
-        cb->reply = c.reply;
-        int32_t r = 0;
-        ASSERT_TRUE(proxy->troxThermalListeningRegister({1}, cb, &r).isOk());
-        ASSERT_TRUE(service->callback->onCallback({data(9)}).isOk());  // one-way: always ok here
-        ASSERT_TRUE(cb->called.wait());
-        for (int i = 0; i < 500; ++i) {
-            {
-                std::lock_guard<std::mutex> lock(mutex);
-                if (!logs.empty()) break;
-            }
-            std::this_thread::sleep_for(10ms);
-        }
-        std::lock_guard<std::mutex> lock(mutex);
-        ASSERT_EQ(logs.size(), 1u);
-        const auto& log = logs[0];
+        const RecordedCall call = fake.lastCall();
+        ASSERT_TRUE(call.parcel && call.parcel->callback && call.callback);
+        EXPECT_TRUE(call.callback->isRemote());
+        EXPECT_EQ(call.parcel->callback->asBinder().get(), call.callback->asBinder().get());
+        cb->setReply(make);
+        ASSERT_TRUE(call.parcel->callback->onCallback(sent).isOk());  // one-way: ok regardless
+        EXPECT_EQ(cb->waitForCall(i + 1), sent);
+        std::unique_lock<std::mutex> lock(mutex);
+        ASSERT_TRUE(changed.wait_for(lock, 5s, [&] { return stubLogs.size() == i + 1; }));
+        const BnTroxCallback::TransactionLog& log = stubLogs.back();
         EXPECT_EQ(log.method_name, "onCallback");
         EXPECT_EQ(log.interface_name, "vendor.vexal.hardware.trox.ITroxCallback");
-        EXPECT_EQ(log.exception_code, c.exception);
-        EXPECT_EQ(log.exception_message, c.message);
-        EXPECT_EQ(log.transaction_error, c.transactionError);
-        EXPECT_EQ(log.service_specific_error_code, c.serviceError);
         EXPECT_EQ(log.stub_address, static_cast<const void*>(cb.get()));
-        ASSERT_EQ(log.input_args.size(), 1u);
-        EXPECT_EQ(log.input_args[0].first, "in_data");
-        EXPECT_NE(log.input_args[0].second.find("res_Id: 9"), std::string::npos);
-        logs.clear();
+        EXPECT_EQ(log.input_args, (decltype(log.input_args){{"in_data", ToString(sent)}}));
+        EXPECT_EQ(outcome(log), want);
     }
-}
-
-TEST_F(TroxProxyTest, ProxyLogFuncSeesEveryCall) {
-    std::vector<std::string> methods, results;
-    std::vector<int32_t> errors;
-    BpTrox::logFunc = [&](const BpTrox::TransactionLog& log) {
-        methods.push_back(log.method_name);
-        errors.push_back(log.service_specific_error_code);
-        results.push_back(log.result);
-        EXPECT_NE(log.proxy_address, nullptr);
-        EXPECT_EQ(log.stub_address, nullptr);
-        EXPECT_TRUE(log.output_args.empty());
-    };
-    int32_t r = 0;
-    EXPECT_TRUE(proxy->troxResCtlRelease(1, &r).isOk());
-    EXPECT_FALSE(proxy->troxResCtlRelease(2, &r).isOk());
-    BpTrox::logFunc = nullptr;
-    EXPECT_EQ(methods, (std::vector<std::string>{"troxResCtlRelease", "troxResCtlRelease"}));
-    EXPECT_EQ(errors, (std::vector<int32_t>{0, -5}));
-    // The return value goes to `result`, read back whether or not the call succeeded.
-    EXPECT_EQ(results, (std::vector<std::string>{"-1", "-1"}));
 }
 
 }  // namespace
