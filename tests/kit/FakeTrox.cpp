@@ -82,7 +82,7 @@ ndk::ScopedAStatus FakeTrox::answerInt(RecordedCall call, int32_t* out) {
     if (auto failure = record(std::move(call))) return std::move(*failure);
     std::lock_guard<std::mutex> lock(mMutex);
     auto it = mIntResults.find(method);
-    if (it != mIntResults.end()) *out = it->second;
+    *out = it != mIntResults.end() ? it->second : 0;
     return ndk::ScopedAStatus::ok();
 }
 

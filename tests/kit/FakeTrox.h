@@ -31,7 +31,7 @@ struct RecordedCall {
 };
 
 // An ITrox service for tests: records every call and answers what the test scripted. An integer
-// result that was not scripted is left unwritten, which a caller across binder receives as 0.
+// result that was not scripted is 0: the stub would otherwise send back whatever its slot held.
 class FakeTrox : public BnTrox {
   public:
     using StatusMaker = std::function<ndk::ScopedAStatus()>;
