@@ -16,24 +16,15 @@ LogLine removal(int before, int after) {
             std::to_string(before) + " after " + std::to_string(after));
 }
 
-LogLine callingCaller(int isRegister) {
-    return cbInfo("TroxCallback::onCallback call IClientCallback onCallback is_register " +
-                  std::to_string(isRegister));
+LogLine delivered(const std::string& record) {
+    return cbInfo("TroxCallbackClient::onCallback res_Id " + record + " is_register 0");
 }
 
-LogLine delivered(const std::string& record, int isRegister) {
-    return cbInfo("TroxCallbackClient::onCallback res_Id " + record + " is_register " +
-                  std::to_string(isRegister));
-}
-
+const LogLine kCalling =
+        cbInfo("TroxCallback::onCallback call IClientCallback onCallback is_register 0");
 const LogLine kFound = cbInfo("callback is found in request_callbacks");
 const LogLine kNotFound = {ANDROID_LOG_ERROR, kCallbackTag,
                            "callback not found in request_callbacks"};
-
-// The hook logs with a null tag, which liblog replaces with the program's name.
-LogLine untagged(const std::string& text) {
-    return {ANDROID_LOG_INFO, program_invocation_short_name, text};
-}
 
 Lines addsClient(const std::string& member, const std::string& entry = " with callback") {
     return {info("trox client " + member + entry),
@@ -67,30 +58,25 @@ TEST_P(OneShotTest, SendsItsClientWhichDeliversOnceAndLeavesTheRegistry) {
     expected.callback = sent.callback;
     EXPECT_EQ(sent, expected) << sent.toString();
     EXPECT_EQ(troxLines(), c.lines);
-    {
-        std::lock_guard<std::mutex> lock(request_callback_mutex);
-        ASSERT_EQ(request_callbacks.size(), 1u);
-        EXPECT_FALSE(request_callbacks[0]->is_register);
-        EXPECT_EQ(request_callbacks[0]->is_by_path, !c.paths.empty());
-    }
+    ASSERT_EQ(requestCallbackCount(), 1u);
     logs.clear();
 
     sendFromService(sent.callback, c.answer);
     ASSERT_TRUE(recorder->waitFor(1));
     Lines lines = c.callbackLines;
-    lines.insert(lines.end(), {callingCaller(0), kFound, removal(1, 0)});
+    lines.insert(lines.end(), {kCalling, kFound, removal(1, 0)});
     EXPECT_EQ(callbackLinesOnce(lines.size()), lines);
     EXPECT_EQ(requestCallbackCount(), 0u);
     EXPECT_EQ(recorder->ids(), c.ids);
     EXPECT_EQ(recorder->paths(), c.paths);
     EXPECT_FALSE(recorder->lockHeldDuringDelivery()) << "callers may call the library back";
 
-    const auto hookLines = [&] { return logs.linesWithTag(program_invocation_short_name); };
-    ASSERT_TRUE(eventually([&] { return !hookLines().empty(); }));
-    EXPECT_EQ(hookLines(),
-              Lines{untagged("BnTroxCallback::logFunc NDK BACKEND method_name onCallback "
-                             "exception_code 0 exception_message  transaction_error 0 "
-                             "service_specific_error_code 0")});
+    // The hook logs with a null tag, which liblog replaces with the program's name.
+    const Lines hook{{ANDROID_LOG_INFO, program_invocation_short_name,
+                      "BnTroxCallback::logFunc NDK BACKEND method_name onCallback exception_code 0 "
+                      "exception_message  transaction_error 0 service_specific_error_code 0"}};
+    EXPECT_TRUE(eventually([&] { return logs.linesWithTag(hook[0].tag) == hook; }))
+            << ::testing::PrintToString(logs.linesWithTag(hook[0].tag));
 
     logs.clear();
     fake().failNextCalls(1);
@@ -113,8 +99,8 @@ INSTANTIATE_TEST_SUITE_P(
                             addsClient("troxResCtlRequest"),
                             "trox client TroxCallbackClient with callback",
                             {record(0x10, "800"), record(0xFFFFFFFBLL), record(0x700000002LL, "")},
-                            {delivered("0x10 res_Value 800", 0), delivered("0xfffffffb", 0),
-                             delivered("0x2 res_Value ", 0)},
+                            {delivered("0x10 res_Value 800"), delivered("0xfffffffb"),
+                             delivered("0x2 res_Value ")},
                             {{{0x10, "800"}, {-5, ""}, {2, ""}}},
                             {}},
                 OneShotCase{"Paths",
@@ -126,7 +112,7 @@ INSTANTIATE_TEST_SUITE_P(
                             addsClient("trox_resctl_request_with_callback", ""),
                             "trox client trox_resctl_request_with_callback",
                             {pathRecord("/x", "8"), pathRecord("/y", std::nullopt)},
-                            {delivered("/x res_Value 8", 0)},
+                            {delivered("/x res_Value 8")},
                             {},
                             {{{"8", ""}, {"/x", "/y"}}}}),
         [](const auto& test) { return std::string(test.param.name); });
@@ -144,19 +130,14 @@ TEST_F(CallbackClientTest, OneShotLeavesEveryPlaceItHoldsAndKeepsTheOthersInOrde
         std::lock_guard<std::mutex> lock(request_callback_mutex);
         request_callbacks = {first, self, second, self};
     }
-    // No records: nobody is called, yet the client leaves.
+    // Without records nobody is called; a second answer finds nothing to remove.
     EXPECT_TRUE(self->onCallback({}).isOk());
-    {
-        std::lock_guard<std::mutex> lock(request_callback_mutex);
-        EXPECT_EQ(request_callbacks, (Clients{first, second}));
-    }
-    // A second answer still reaches the caller, and finds nothing to remove.
     EXPECT_TRUE(self->onCallback({record(1, "x")}).isOk());
     EXPECT_EQ(recorder->ids(), (std::vector<Resources>{{{1, "x"}}}));
-    self.reset();
-    EXPECT_EQ(callbackLines(), (Lines{kFound, kFound, removal(4, 2),
-                                      delivered("0x1 res_Value x", 0), callingCaller(0), kNotFound,
-                                      removal(2, 2), cbInfo("ndk backend ~TroxCallbackClient")}));
+    EXPECT_EQ(callbackLines(), (Lines{kFound, kFound, removal(4, 2), delivered("0x1 res_Value x"),
+                                      kCalling, kNotFound, removal(2, 2)}));
+    std::lock_guard<std::mutex> lock(request_callback_mutex);
+    EXPECT_EQ(request_callbacks, (Clients{first, second}));
 }
 
 }  // namespace

@@ -14,14 +14,9 @@
 
 namespace PymClient {
 
-// Found by argument-dependent lookup from std::list's comparison and from GoogleTest's printer.
+// Found by argument-dependent lookup from std::list's comparison.
 inline bool operator==(const Resource& a, const Resource& b) {
     return a.id == b.id && a.value == b.value;
-}
-
-inline void PrintTo(const Resource& r, std::ostream* os) {
-    *os << "{" << r.id << ", " << (r.value ? "\"" + *r.value + "\"" : std::string("nullopt"))
-        << "}";
 }
 
 }  // namespace PymClient
@@ -52,11 +47,7 @@ inline LogLine failed(const std::string& name) {
 
 inline TroxRequestData record(int64_t id, std::optional<std::string> value = std::nullopt,
                               std::optional<std::string> path = std::nullopt) {
-    TroxRequestData data;
-    data.res_Id = id;
-    data.res_Value = std::move(value);
-    data.res_Path = std::move(path);
-    return data;
+    return {id, std::move(value), std::move(path), std::nullopt};
 }
 
 inline TroxRequestData pathRecord(const std::string& path, std::optional<std::string> value) {
@@ -106,19 +97,18 @@ class ClientRecorder : public IClientCallback, public IClientCallbackByPath {
         return mChanged.wait_for(lock, timeout,
                                  [&] { return mIds.size() + mPaths.size() >= count; });
     }
-    std::vector<Resources> ids() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return mIds;
-    }
-    std::vector<PathDelivery> paths() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return mPaths;
-    }
+    std::vector<Resources> ids() { return copy(mIds); }
+    std::vector<PathDelivery> paths() { return copy(mPaths); }
     // Whether request_callback_mutex was held by anyone while a delivery ran. Only meaningful
     // where no other thread uses the library.
     bool lockHeldDuringDelivery() const { return mLockHeld; }
 
   private:
+    template <typename T>
+    T copy(const T& kept) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        return kept;
+    }
     template <typename Store>
     void add(Store&& store) {
         // Asked from another thread: a second try_lock by the holder itself is undefined.

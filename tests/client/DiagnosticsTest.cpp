@@ -13,21 +13,18 @@ using Property = std::unique_ptr<char, ArrayDelete>;
 using PropertyTest = ClientTest;
 
 TEST_F(PropertyTest, GetCopiesTheValueOrTheEmptyTextAndLogsIt) {
-    const struct {
-        std::string value;
-        bool fails;
-    } cases[] = {
+    const std::pair<std::string, bool> cases[] = {
             {"performance", false}, {"", false}, {std::string(255, 'v'), false}, {"unused", true}};
-    for (const auto& c : cases) {
+    for (const auto& [text, fails] : cases) {
         logs.clear();
-        fake().setPropertyValue(c.value);
-        if (c.fails) fake().failNextCalls(1);
+        fake().setPropertyValue(text);
+        if (fails) fake().failNextCalls(1);
         Property value(troxHalclient::troxPropertyGet("persist.trox.mode"));
-        const std::string shown = c.fails ? "" : c.value;
+        const std::string shown = fails ? "" : text;
         EXPECT_EQ(std::string(value.get()), shown);
         EXPECT_EQ(fake().lastCall().texts, Texts{"persist.trox.mode"});
         Lines expected{info("trox client troxPropertyGet")};
-        if (c.fails) expected.push_back(failed("troxPropertyGet"));
+        if (fails) expected.push_back(failed("troxPropertyGet"));
         expected.push_back(info("troxPropertyGet " + shown + " "));
         EXPECT_EQ(troxLines(), expected);
     }
