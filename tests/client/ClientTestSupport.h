@@ -7,27 +7,16 @@
 #include <android/log.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
 #include <condition_variable>
-#include <list>
+#include <future>
 #include <mutex>
-#include <optional>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
 namespace PymClient {
 
-// Found by argument-dependent lookup from std::list's comparison and from GoogleTest's printer.
+// Found by argument-dependent lookup from std::list's comparison.
 inline bool operator==(const Resource& a, const Resource& b) {
     return a.id == b.id && a.value == b.value;
-}
-
-inline void PrintTo(const Resource& r, std::ostream* os) {
-    *os << "{" << r.id << ", " << (r.value ? "\"" + *r.value + "\"" : std::string("nullopt"))
-        << "}";
 }
 
 }  // namespace PymClient
@@ -38,6 +27,7 @@ using ::aidl::vendor::vexal::hardware::trox::ITroxCallback;
 using Resources = std::list<PymClient::Resource>;
 using Texts = std::vector<std::string>;
 using Lines = std::vector<LogLine>;
+using PathDelivery = std::pair<Texts, Texts>;  // values, paths
 
 inline constexpr char kTroxTag[] = "TROXFramework-lib-vendor";
 inline constexpr char kCallbackTag[] = "TroxFramework-lib-vendor";
@@ -51,37 +41,36 @@ inline LogLine error(const std::string& text) {
 inline LogLine cbInfo(const std::string& text) {
     return {ANDROID_LOG_INFO, kCallbackTag, text};
 }
-inline LogLine cbError(const std::string& text) {
-    return {ANDROID_LOG_ERROR, kCallbackTag, text};
-}
 inline LogLine failed(const std::string& name) {
     return error(name + "() failed: trox HAL service not available");
-}
-inline LogLine notDeclared() {
-    return error("Trox is not declared, AServiceManager_isDeclared:0");
-}
-inline LogLine linkFailed() {
-    return error("Unable to link to g_trox_hal death notifications!");
 }
 
 inline TroxRequestData record(int64_t id, std::optional<std::string> value = std::nullopt,
                               std::optional<std::string> path = std::nullopt) {
-    TroxRequestData data;
-    data.res_Id = id;
-    data.res_Value = std::move(value);
-    data.res_Path = std::move(path);
-    return data;
+    return {id, std::move(value), std::move(path), std::nullopt};
 }
 
 inline TroxRequestData pathRecord(const std::string& path, std::optional<std::string> value) {
     return record(0, std::move(value), path);
 }
 
-inline std::optional<std::vector<std::optional<std::string>>> zdbdebug() {
-    return std::vector<std::optional<std::string>>{std::string("zdbdebug")};
+// A parcel as the library fills it; the path members also tag it for the service's debugging.
+inline TroxRequestParcel parcel(int requestType, std::vector<TroxRequestData> data = {},
+                                int pid = 0, int handle = 0, int64_t duration = 0, int param = 0,
+                                bool flag = false, bool tagged = false) {
+    TroxRequestParcel p;
+    p.requestType = requestType;
+    p.requestData = std::move(data);
+    p.pid = pid;
+    p.handle = handle;
+    p.duration = duration;
+    p.param = param;
+    p.flag = flag;
+    if (tagged) p.debugTags = std::vector<std::optional<std::string>>{std::string("zdbdebug")};
+    return p;
 }
 
-// Waits on a condition that another thread makes true.
+// Polls with a deadline, for what no one signals (log lines, the one-shot registry).
 template <typename Predicate>
 bool eventually(Predicate&& predicate,
                 std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
@@ -93,55 +82,52 @@ bool eventually(Predicate&& predicate,
     return true;
 }
 
-class RecordingCallback : public IClientCallback {
+// Keeps what either client callback form was handed, in arrival order.
+class ClientRecorder : public IClientCallback, public IClientCallbackByPath {
   public:
     void onCallback(std::list<PymClient::Resource> resources) override {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mReceived.push_back(std::move(resources));
-        mChanged.notify_all();
+        add([&] { mIds.push_back(std::move(resources)); });
     }
-    bool waitFor(size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-        std::unique_lock<std::mutex> lock(mMutex);
-        return mChanged.wait_for(lock, timeout, [&] { return mReceived.size() >= count; });
-    }
-    std::vector<Resources> received() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return mReceived;
-    }
-
-  private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    std::vector<Resources> mReceived;
-};
-
-class RecordingPathCallback : public IClientCallbackByPath {
-  public:
-    struct Delivery {
-        Texts values;
-        Texts paths;
-        bool operator==(const Delivery& other) const {
-            return values == other.values && paths == other.paths;
-        }
-    };
     void onCallback(Texts values, Texts paths) override {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mReceived.push_back({std::move(values), std::move(paths)});
-        mChanged.notify_all();
+        add([&] { mPaths.emplace_back(std::move(values), std::move(paths)); });
     }
+    // Waits until `count` deliveries of either form arrived.
     bool waitFor(size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
         std::unique_lock<std::mutex> lock(mMutex);
-        return mChanged.wait_for(lock, timeout, [&] { return mReceived.size() >= count; });
+        return mChanged.wait_for(lock, timeout,
+                                 [&] { return mIds.size() + mPaths.size() >= count; });
     }
-    std::vector<Delivery> received() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return mReceived;
-    }
+    std::vector<Resources> ids() { return copy(mIds); }
+    std::vector<PathDelivery> paths() { return copy(mPaths); }
+    // Whether request_callback_mutex was held by anyone while a delivery ran. Only meaningful
+    // where no other thread uses the library.
+    bool lockHeldDuringDelivery() const { return mLockHeld; }
 
   private:
+    template <typename T>
+    T copy(const T& kept) {
+        std::lock_guard<std::mutex> lock(mMutex);
+        return kept;
+    }
+    template <typename Store>
+    void add(Store&& store) {
+        // Asked from another thread: a second try_lock by the holder itself is undefined.
+        const bool held = !std::async(std::launch::async, [] {
+                               if (!request_callback_mutex.try_lock()) return false;
+                               request_callback_mutex.unlock();
+                               return true;
+                           }).get();
+        std::lock_guard<std::mutex> lock(mMutex);
+        mLockHeld = mLockHeld || held;
+        store();
+        mChanged.notify_all();
+    }
+
     std::mutex mMutex;
     std::condition_variable mChanged;
-    std::vector<Delivery> mReceived;
+    std::vector<Resources> mIds;
+    std::vector<PathDelivery> mPaths;
+    bool mLockHeld = false;
 };
 
 inline size_t requestCallbackCount() {
@@ -165,10 +151,8 @@ class ClientTest : public ::testing::Test {
 
     static void dropRequestCallbacks() {
         std::vector<std::shared_ptr<TroxCallbackClient>> dropped;
-        {
-            std::lock_guard<std::mutex> lock(request_callback_mutex);
-            dropped.swap(request_callbacks);
-        }
+        std::lock_guard<std::mutex> lock(request_callback_mutex);
+        dropped.swap(request_callbacks);
     }
 
     // Undone in TearDown, while the service still runs.
@@ -192,12 +176,10 @@ class ClientTest : public ::testing::Test {
         sender.join();
     }
 
-    // The line that ends a one-shot client's callback, once it was written.
-    bool waitForCallbackLine(const LogLine& line, size_t count = 1) {
-        return eventually([&] {
-            auto lines = callbackLines();
-            return static_cast<size_t>(std::count(lines.begin(), lines.end(), line)) >= count;
-        });
+    // The callback lines, once `count` of them were written.
+    Lines callbackLinesOnce(size_t count) {
+        EXPECT_TRUE(eventually([&] { return callbackLines().size() >= count; }));
+        return callbackLines();
     }
 
     LogCapture logs;
@@ -206,12 +188,5 @@ class ClientTest : public ::testing::Test {
   private:
     std::vector<int> mRegistered;
 };
-
-// A parcel with every field at its default, as the library starts from.
-inline TroxRequestParcel parcel(int requestType) {
-    TroxRequestParcel p;
-    p.requestType = requestType;
-    return p;
-}
 
 }  // namespace vexal::testing

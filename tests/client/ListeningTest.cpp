@@ -5,7 +5,9 @@ namespace {
 
 const LogLine kRegistered = info("A callback has been registered to Trox HAL ");
 const LogLine kDuplicate = error("Same callback interface registered already");
-const LogLine kNotRegistered = error("The callback was not registered before");
+const LogLine kRegister = info("troxResListeningRegister");
+const LogLine kUnregister = info("trox client troxResListeningUnRegister");
+const LogLine kRegisterByPath = info("trox client trox_res_listening_register");
 
 LogLine unregistered(int handle) {
     return info("a callback has been unregistered to Trox HAL handle " + std::to_string(handle));
@@ -13,182 +15,109 @@ LogLine unregistered(int handle) {
 
 class ListeningTest : public ClientTest {
   protected:
-    int registerIds(Resources list, int handle,
-                    std::shared_ptr<IClientCallback> callback = nullptr) {
-        if (!callback) callback = std::make_shared<RecordingCallback>();
+    int registerIds(Resources list, int handle, std::shared_ptr<IClientCallback> callback = {}) {
         fake().setIntResult("troxResListeningRegister", handle);
-        const int result = troxHalclient::troxResListeningRegister(list, 3, callback);
+        return kept(troxHalclient::troxResListeningRegister(list, 3, callback), handle);
+    }
+    int registerPaths(const Texts& paths, int handle,
+                      std::shared_ptr<IClientCallbackByPath> callback = {}) {
+        fake().setIntResult("troxResListeningRegister", handle);
+        return kept(troxHalclient::trox_res_listening_register_by_path(paths, 9, callback), handle);
+    }
+    int kept(int result, int handle) {
         if (result == handle) registered(handle);
         return result;
     }
 };
 
-TEST_F(ListeningTest, RegistersIdsWithTheValueAsPidAndACallback) {
-    auto callback = std::make_shared<RecordingCallback>();
-    Resources list{{0x20, "5"}, {-1, std::nullopt}};
+TEST_F(ListeningTest, IdRegistrationSendsItsListAndDeliversWithoutLeavingTheRegistry) {
+    auto recorder = std::make_shared<ClientRecorder>();
     fake().setIntResult("troxResListeningRegister", 700);
-    EXPECT_EQ(troxHalclient::troxResListeningRegister(list, 1234, callback), 700);
-    registered(700);
-
+    Resources list{{0x20, "5"}, {-1, std::nullopt}};
+    ASSERT_EQ(troxHalclient::troxResListeningRegister(list, 1234, recorder), 700);
     const auto call = fake().lastCall();
     EXPECT_EQ(call.method, "troxResListeningRegister");
-    ASSERT_NE(call.callback, nullptr);
-    TroxRequestParcel expected = parcel(0);
-    expected.pid = 1234;
-    expected.requestData = {record(0x20, "5"), record(0xFFFFFFFFLL, "")};
-    EXPECT_EQ(*call.parcel, expected) << call.parcel->toString();
-    EXPECT_EQ(troxLines(), (Lines{info("troxResListeningRegister"), kRegistered}));
-}
-
-TEST_F(ListeningTest, RegistrationDeliversEveryCallbackUntilUnregistered) {
-    auto callback = std::make_shared<RecordingCallback>();
-    ASSERT_EQ(registerIds({{5, "1"}}, 701, callback), 701);
-    auto remote = fake().lastCall().callback;
+    EXPECT_EQ(*call.parcel, parcel(0, {record(0x20, "5"), record(0xFFFFFFFFLL, "")}, 1234))
+            << call.parcel->toString();
+    EXPECT_EQ(troxLines(), (Lines{kRegister, kRegistered}));
     logs.clear();
 
-    sendFromService(remote, {record(5, "2")});
-    sendFromService(remote, {record(5, "3"), record(6)});
-    ASSERT_TRUE(callback->waitFor(2));
-    ASSERT_TRUE(eventually([&] { return callbackLines().size() == 5u; }));
-
-    EXPECT_EQ(callback->received(), (std::vector<Resources>{{{5, "2"}}, {{5, "3"}, {6, ""}}}));
-    const LogLine calling =
-            cbInfo("TroxCallback::onCallback call IClientCallback onCallback is_register 1");
-    EXPECT_EQ(callbackLines(),
-              (Lines{cbInfo("TroxCallbackClient::onCallback res_Id 0x5 res_Value 2 is_register 1"),
-                     calling,
-                     cbInfo("TroxCallbackClient::onCallback res_Id 0x5 res_Value 3 is_register 1"),
-                     cbInfo("TroxCallbackClient::onCallback res_Id 0x6 is_register 1"), calling}))
+    sendFromService(call.callback, {record(5, "3"), record(6)});
+    ASSERT_TRUE(recorder->waitFor(1));
+    EXPECT_EQ(recorder->ids(), (std::vector<Resources>{{{5, "3"}, {6, ""}}}));
+    EXPECT_EQ(callbackLinesOnce(3),
+              (Lines{cbInfo("TroxCallbackClient::onCallback res_Id 0x5 res_Value 3 is_register 1"),
+                     cbInfo("TroxCallbackClient::onCallback res_Id 0x6 is_register 1"),
+                     cbInfo("TroxCallback::onCallback call IClientCallback onCallback "
+                            "is_register 1")}))
             << "a registration client never looks into request_callbacks";
+
+    registered(700);
 }
 
-TEST_F(ListeningTest, SameIdListIsRefusedWithoutACallWhateverTheCallback) {
+TEST_F(ListeningTest, SameListIsRefusedWithoutACallUntilItsHandleIsUnregistered) {
     ASSERT_EQ(registerIds({{5, "1"}, {6, "1"}}, 702), 702);
+    ASSERT_EQ(registerIds({}, 702), 702);
     const size_t calls = fake().callCount();
     logs.clear();
-
-    EXPECT_EQ(registerIds({{5, "9"}, {6, std::nullopt}}, 703), -1);
+    EXPECT_EQ(registerIds({{5, "9"}, {6, std::nullopt}}, 703), -1) << "values do not count";
+    EXPECT_EQ(registerPaths({}, 703), -1) << "an id registration has no paths";
     EXPECT_EQ(fake().callCount(), calls);
-    EXPECT_EQ(troxLines(), (Lines{info("troxResListeningRegister"), kDuplicate}));
+    EXPECT_EQ(troxLines(), (Lines{kRegister, kDuplicate, kRegisterByPath, kDuplicate}));
+    EXPECT_EQ(registerIds({{6, "1"}, {5, "1"}}, 704), 704) << "another order is another list";
 
-    // Another order is another list.
-    EXPECT_EQ(registerIds({{6, "1"}, {5, "1"}}, 704), 704);
-}
-
-TEST_F(ListeningTest, EmptyListRegistersOnceThenCountsAsDuplicate) {
-    ASSERT_EQ(registerIds({}, 705), 705);
-    EXPECT_EQ(registerIds({}, 706), -1);
-    EXPECT_EQ(troxLines().back(), kDuplicate);
-}
-
-TEST_F(ListeningTest, UnregisterRemovesTheGroupSoTheIdsCanRegisterAgain) {
-    ASSERT_EQ(registerIds({{8, "1"}}, 707), 707);
     logs.clear();
-    fake().setIntResult("troxResListeningUnRegister", 0);
-
-    EXPECT_EQ(troxHalclient::troxResListeningUnRegister(707), 0);
-    EXPECT_EQ(fake().lastCall().ints, std::vector<int32_t>{707});
-    EXPECT_EQ(troxLines(),
-              (Lines{info("trox client troxResListeningUnRegister"), unregistered(707)}));
-
-    EXPECT_EQ(registerIds({{8, "1"}}, 708), 708);
+    troxHalclient::troxResListeningUnRegister(702);
+    EXPECT_EQ(troxLines(), (Lines{kUnregister, unregistered(702), unregistered(702)}));
 }
 
-TEST_F(ListeningTest, UnknownHandleStillCallsTheService) {
-    fake().setIntResult("troxResListeningUnRegister", -3);
-    EXPECT_EQ(troxHalclient::troxResListeningUnRegister(12345), -3);
-    EXPECT_EQ(fake().lastCall().method, "troxResListeningUnRegister");
-    EXPECT_EQ(troxLines(), (Lines{info("trox client troxResListeningUnRegister"), kNotRegistered}));
-}
-
-TEST_F(ListeningTest, EveryGroupWithTheHandleGoesAndIsLoggedEach) {
-    ASSERT_EQ(registerIds({{1, "1"}}, 709), 709);
-    ASSERT_EQ(registerIds({{2, "1"}}, 709), 709);
-    logs.clear();
-    troxHalclient::troxResListeningUnRegister(709);
-    EXPECT_EQ(troxLines(), (Lines{info("trox client troxResListeningUnRegister"), unregistered(709),
-                                  unregistered(709)}));
-}
-
-TEST_F(ListeningTest, FailedUnregisterStillRemovesAndLogsTheFailureLast) {
-    ASSERT_EQ(registerIds({{9, "1"}}, 710), 710);
-    logs.clear();
-    fake().failNextCalls(1);
-    EXPECT_EQ(troxHalclient::troxResListeningUnRegister(710), -1);
-    EXPECT_EQ(troxLines(), (Lines{info("trox client troxResListeningUnRegister"), unregistered(710),
-                                  failed("troxResListeningUnRegister")}));
-    EXPECT_EQ(registerIds({{9, "1"}}, 711), 711) << "the group must be gone";
-}
-
-TEST_F(ListeningTest, FailedRegistrationAddsNoGroupAndNamesTheMapMember) {
+TEST_F(ListeningTest, FailuresLeaveNoGroupAndAreLoggedLast) {
     fake().failNextCalls(1);
     EXPECT_EQ(registerIds({{10, "1"}}, 712), -1);
-    EXPECT_EQ(troxLines(),
-              (Lines{info("troxResListeningRegister"), failed("trox_res_listening_register_map")}));
-    EXPECT_EQ(registerIds({{10, "1"}}, 713), 713) << "no group may be left behind";
-}
+    EXPECT_EQ(troxLines(), (Lines{kRegister, failed("trox_res_listening_register_map")}));
+    ASSERT_EQ(registerIds({{10, "1"}}, 713), 713) << "no group may be left behind";
 
-TEST_F(ListeningTest, ThermalNotifySendsLevelsAndMapsTheAnswer) {
-    Resources levels{{1, "45"}, {0, std::nullopt}};
-    fake().setIntResult("troxResCtlRequest", 2);
-    EXPECT_EQ(troxHalclient::troxThermalNotify(levels, 66), 0);
-
-    TroxRequestParcel expected = parcel(7);
-    expected.pid = 66;
-    expected.requestData = {record(1, "45"), record(0, "")};
-    EXPECT_EQ(lastParcel(), expected) << lastParcel().toString();
-    EXPECT_EQ(troxLines(), Lines{info("trox client troxThermalNotify")});
-
-    fake().setIntResult("troxResCtlRequest", 0);
-    EXPECT_EQ(troxHalclient::troxThermalNotify(levels, 66), -1) << "an answer of 0 is a refusal";
-}
-
-TEST_F(ListeningTest, ThermalNotifyRefusesABadList) {
-    Resources levels{{3, std::nullopt}};
-    EXPECT_EQ(troxHalclient::troxThermalNotify(levels, 1), -1);
-    EXPECT_EQ(fake().callCount(), 0u);
-    EXPECT_EQ(troxLines(),
-              (Lines{info("trox client troxThermalNotify"),
-                     error("troxThermalNotify ERROR: size unmatched for id and level ")}));
-}
-
-TEST_F(ListeningTest, ThermalRegistrationHasNoDuplicateCheckAndOutlivesItsUnregister) {
-    auto callback = std::make_shared<RecordingCallback>();
-    fake().setIntResult("troxThermalListeningRegister", 720);
-    EXPECT_EQ(troxHalclient::troxThermalListeningRegister({4, -4}, callback), 720);
-    registered(720);
-    const auto call = fake().lastCall();
-    EXPECT_EQ(call.ints, (std::vector<int32_t>{4, -4}));
-    ASSERT_NE(call.callback, nullptr);
-    EXPECT_EQ(troxHalclient::troxThermalListeningRegister({4, -4}, callback), 720);
-    EXPECT_EQ(fake().callCount(), 2u);
-
-    fake().setIntResult("troxThermalListeningUnregister", 0);
-    EXPECT_EQ(troxHalclient::troxThermalListeningUnregister(720), 0);
-    EXPECT_EQ(fake().lastCall().ints, std::vector<int32_t>{720});
-
-    // The thermal groups still stand: the same id list is a duplicate.
-    EXPECT_EQ(registerIds({{4, "1"}, {-4, "1"}}, 721), -1);
-    EXPECT_EQ(troxLines(), (Lines{info("troxThermalListeningRegister"),
-                                  info("subsys's callback has been registered to Trox HAL"),
-                                  info("troxThermalListeningRegister"),
-                                  info("subsys's callback has been registered to Trox HAL"),
-                                  info("trox client troxThermalListeningUnregister"),
-                                  info("subsys's callback has been unRegistered to Trox HAL"),
-                                  info("troxResListeningRegister"), kDuplicate}));
-
-    sendFromService(call.callback, {record(4, "90")});
-    ASSERT_TRUE(callback->waitFor(1));
-    EXPECT_EQ(callback->received()[0], (Resources{{4, "90"}}));
-}
-
-TEST_F(ListeningTest, FailedThermalRegistrationAddsNothing) {
+    logs.clear();
     fake().failNextCalls(1);
-    fake().setIntResult("troxThermalListeningRegister", 722);
-    EXPECT_EQ(troxHalclient::troxThermalListeningRegister({77}, nullptr), -1);
-    EXPECT_EQ(troxLines(), (Lines{info("troxThermalListeningRegister"),
-                                  failed("troxThermalListeningRegister")}));
-    EXPECT_EQ(registerIds({{77, "1"}}, 723), 723);
+    EXPECT_EQ(troxHalclient::troxResListeningUnRegister(713), -1);
+    EXPECT_EQ(troxLines(),
+              (Lines{kUnregister, unregistered(713), failed("troxResListeningUnRegister")}));
+    EXPECT_EQ(registerIds({{10, "1"}}, 714), 714) << "the group must be gone";
+
+    logs.clear();
+    fake().failNextCalls(2);
+    EXPECT_EQ(registerPaths({"/f"}, 807), -1);
+    EXPECT_EQ(troxHalclient::trox_res_listening_register_map_by_path({{"/f", "1"}}, 4, nullptr),
+              -1);
+    EXPECT_EQ(troxLines(), (Lines{kRegisterByPath, failed("trox_res_listening_register"),
+                                  info("trox client trox_res_listening_register_map"),
+                                  failed("trox_res_listening_register_map")}));
+    EXPECT_EQ(registerPaths({"/f"}, 808), 808);
+}
+
+TEST_F(ListeningTest, PathRegistrationsSendTheirPathsAndDeliverInPathForm) {
+    auto recorder = std::make_shared<ClientRecorder>();
+    ASSERT_EQ(registerPaths({"/p", "/q"}, 800, recorder), 800);
+    const auto call = fake().lastCall();
+    EXPECT_EQ(*call.parcel,
+              parcel(0, {pathRecord("/p", std::nullopt), pathRecord("/q", std::nullopt)}, 9, 0, 0,
+                     0, false, true));
+    EXPECT_EQ(troxLines(), (Lines{kRegisterByPath, kRegistered}));
+
+    sendFromService(call.callback, {pathRecord("/q", "on")});
+    ASSERT_TRUE(recorder->waitFor(1));
+    EXPECT_EQ(recorder->paths(), (std::vector<PathDelivery>{{{"on"}, {"/q"}}}));
+    EXPECT_EQ(registerPaths({"/p", "/q"}, 801), -1);
+
+    // A map registers its keys, in order, with their values.
+    fake().setIntResult("troxResListeningRegister", 805);
+    ASSERT_EQ(troxHalclient::trox_res_listening_register_map_by_path({{"/n", "2"}, {"/m", "1"}}, 4,
+                                                                     nullptr),
+              805);
+    registered(805);
+    EXPECT_EQ(lastParcel(),
+              parcel(0, {pathRecord("/m", "1"), pathRecord("/n", "2")}, 4, 0, 0, 0, false, true));
+    EXPECT_EQ(registerPaths({"/m", "/n"}, 806), -1) << "the map's keys are its paths";
 }
 
 }  // namespace

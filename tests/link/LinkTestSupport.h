@@ -9,6 +9,8 @@
 
 namespace vexal::testing {
 
+using Lines = std::vector<LogLine>;
+
 inline constexpr char kTroxTag[] = "TROXFramework-lib-vendor";
 inline constexpr char kPymTag[] = "[PYM_CLIENT]";
 

@@ -1,17 +1,10 @@
 #include "LinkTestSupport.h"
 
-#include <aidl/vendor/vexal/hardware/trox/BnTroxCallback.h>
-#include <android/binder_manager.h>
-#include <binder_host/service_control.h>
-
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdint>
 #include <fstream>
 #include <future>
-#include <sstream>
 #include <string>
 #include <thread>
 
@@ -61,25 +54,33 @@ struct InitThread {
     std::thread thread;
 };
 
-TEST_F(LinkTest, TroxConnectsOnFirstCallAndKeepsTheConnection) {
+TEST_F(LinkTest, BothConnectQuietlyAndKeepTheirConnectionUntilOneDeathReport) {
     FakeTroxService service;
     ASSERT_EQ(troxInit(), CallResult::kOk);
     const auto* first = link::troxHalConnection().hal.get();
     ASSERT_EQ(troxInit(), CallResult::kOk);
-
     EXPECT_EQ(link::troxHalConnection().hal.get(), first);
-    EXPECT_EQ(service.fake().callCount(), 2u);
-    EXPECT_TRUE(link::troxHalConnection().hal->isRemote());
-    EXPECT_TRUE(logs.linesWithTag(kTroxTag).empty());
-}
+    ASSERT_EQ(pym_get_trox_hal_and_link_to_death(), 0);
+    EXPECT_EQ(pymInitCall(), CallResult::kOk);
+    // The client-class connection keeps the same binder proxy alive across the Event API's
+    // reconnect, so a recipient left linked to it would report the death a second time.
+    link::resetConnection(pym::pymHalConnection());
+    ASSERT_EQ(pym_get_trox_hal_and_link_to_death(), 0);
+    EXPECT_EQ(service.fake().callCount(), 3u);
+    EXPECT_TRUE(logs.lines().empty()) << ::testing::PrintToString(logs.lines());
 
-TEST_F(LinkTest, TroxNotDeclaredLogsAndSendsNothing) {
-    FakeTroxService service(FakeTroxService::Start::kNotDeclared);
-    EXPECT_EQ(troxInit(), CallResult::kNoService);
+    service.restart();
+    EXPECT_FALSE(troxConnected());
+    EXPECT_FALSE(pymConnected());
     EXPECT_EQ(logs.linesWithTag(kTroxTag),
-              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag,
-                                     "Trox is not declared, AServiceManager_isDeclared:0"}}));
-    EXPECT_EQ(service.fake().callCount(), 0u);
+              (Lines{{ANDROID_LOG_ERROR, kTroxTag, "Trox HAL Service died"}}));
+    EXPECT_EQ(logs.linesWithTag(kPymTag),
+              (Lines{{ANDROID_LOG_ERROR, kPymTag, "Trox HAL Service died"}}));
+
+    EXPECT_EQ(troxInit(), CallResult::kOk);
+    ASSERT_TRUE(pym::connectPymHal());
+    EXPECT_EQ(pymInitCall(), CallResult::kOk);
+    EXPECT_EQ(service.fake().callCount(), 2u) << "the calls must reach the restarted service";
 }
 
 TEST_F(LinkTest, TroxDeclaredButNotRunningBlocksUntilTheServiceIsAdded) {
@@ -123,7 +124,7 @@ TEST_F(LinkTest, TwoThreadsFindingTroxEmptyConnectOnceAndTheOtherLogsDeclared) {
     ASSERT_EQ(first.get(), CallResult::kOk);
     ASSERT_EQ(second.get(), CallResult::kOk);
 
-    const std::vector<LogLine> lostRace{
+    const Lines lostRace{
             {ANDROID_LOG_ERROR, kTroxTag, "Trox is not declared, AServiceManager_isDeclared:1"}};
     const auto lines = logs.linesWithTag(kTroxTag);
     if (kReadersPassAWaitingWriter) {
@@ -133,50 +134,6 @@ TEST_F(LinkTest, TwoThreadsFindingTroxEmptyConnectOnceAndTheOtherLogsDeclared) {
         EXPECT_TRUE(lines.empty() || lines == lostRace) << ::testing::PrintToString(lines);
     }
     EXPECT_EQ(service.fake().callCount(), 2u);
-}
-
-TEST_F(LinkTest, TroxDeathIsLoggedOnceAndTheNextCallReconnects) {
-    FakeTroxService service;
-    ASSERT_EQ(troxInit(), CallResult::kOk);
-
-    service.restart();
-    EXPECT_FALSE(troxConnected());
-    EXPECT_EQ(logs.linesWithTag(kTroxTag),
-              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag, "Trox HAL Service died"}}));
-
-    EXPECT_EQ(troxInit(), CallResult::kOk);
-    EXPECT_EQ(service.fake().callCount(), 1u) << "the call must reach the restarted service";
-}
-
-TEST_F(LinkTest, TroxLinkFailureDropsTheFreshConnection) {
-    FakeTroxService service;
-    binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
-
-    EXPECT_EQ(troxInit(), CallResult::kNoService);
-    EXPECT_EQ(logs.linesWithTag(kTroxTag),
-              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag,
-                                     "Unable to link to g_trox_hal death notifications!"}}));
-    EXPECT_EQ(service.fake().callCount(), 0u);
-
-    EXPECT_EQ(troxInit(), CallResult::kOk);
-}
-
-// Something else answers under the service's name: it cannot be used as ITrox.
-class NotATrox : public aidl::vendor::vexal::hardware::trox::BnTroxCallback {
-    ndk::ScopedAStatus onCallback(
-            const std::vector<aidl::vendor::vexal::hardware::trox::TroxRequestData>&) override {
-        return ndk::ScopedAStatus::ok();
-    }
-};
-
-TEST_F(LinkTest, TroxServiceOfAnotherInterfaceIsNotFound) {
-    FakeTroxService service(FakeTroxService::Start::kDeclaredOnly);
-    auto impostor = ndk::SharedRefBase::make<NotATrox>();
-    ASSERT_EQ(AServiceManager_addService(impostor->asBinder().get(), kTroxInstance), EX_NONE);
-
-    EXPECT_EQ(troxInit(), CallResult::kNoService);
-    EXPECT_EQ(logs.linesWithTag(kTroxTag),
-              (std::vector<LogLine>{{ANDROID_LOG_ERROR, kTroxTag, "Trox HAL Service not found"}}));
 }
 
 }  // namespace
