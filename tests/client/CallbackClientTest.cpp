@@ -103,6 +103,17 @@ INSTANTIATE_TEST_SUITE_P(
                              delivered("0x2 res_Value ")},
                             {{{0x10, "800"}, {-5, ""}, {2, ""}}},
                             {}},
+                OneShotCase{"Scenario",
+                            [](const std::shared_ptr<ClientRecorder>& r) {
+                                return troxHalclient::troxSACtlRequest(5, 300, 9, 4, 1, 77, r);
+                            },
+                            parcel(2, {record(9)}, 77, 5, 300, 4, true),
+                            addsClient("troxSACtlRequest"),
+                            "troxSACtlRequest with callback",
+                            {record(0x10, "800")},
+                            {delivered("0x10 res_Value 800")},
+                            {{{0x10, "800"}}},
+                            {}},
                 OneShotCase{"Paths",
                             [](const std::shared_ptr<ClientRecorder>& r) {
                                 return troxHalclient::trox_resctl_request_with_callback_by_path(

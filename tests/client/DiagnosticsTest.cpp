@@ -43,5 +43,16 @@ TEST(PropertyNoServiceTest, GetWithoutAConnectionReturnsAClearedArray) {
                      info("troxPropertyGet  ")}));
 }
 
+TEST(PropertyDeathTest, ValueOfTwoHundredFiftySixCharactersEndsTheProcess) {
+    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_DEATH(
+            {
+                FakeTroxService service;
+                service.fake().setPropertyValue(std::string(256, 'x'));
+                delete[] troxHalclient::troxPropertyGet("k");
+            },
+            "");
+}
+
 }  // namespace
 }  // namespace vexal::testing

@@ -1,4 +1,7 @@
 #include "LinkTestSupport.h"
+#include "RecordingCallback.h"
+
+#include <android/binder_manager.h>
 
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -134,6 +137,18 @@ TEST_F(LinkTest, TwoThreadsFindingTroxEmptyConnectOnceAndTheOtherLogsDeclared) {
         EXPECT_TRUE(lines.empty() || lines == lostRace) << ::testing::PrintToString(lines);
     }
     EXPECT_EQ(service.fake().callCount(), 2u);
+}
+
+// Something of another interface answering under the name cannot be used as ITrox.
+TEST_F(LinkTest, TroxServiceOfAnotherInterfaceIsNotFound) {
+    FakeTroxService service(FakeTroxService::Start::kDeclaredOnly);
+    auto impostor = ndk::SharedRefBase::make<RecordingCallback>();
+    ASSERT_EQ(AServiceManager_addService(impostor->asBinder().get(),
+                                         "vendor.vexal.hardware.trox.ITrox/default"),
+              EX_NONE);
+    EXPECT_EQ(troxInit(), CallResult::kNoService);
+    EXPECT_EQ(logs.linesWithTag(kTroxTag),
+              (Lines{{ANDROID_LOG_ERROR, kTroxTag, "Trox HAL Service not found"}}));
 }
 
 }  // namespace
