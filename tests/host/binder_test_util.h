@@ -7,6 +7,8 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <cstdio>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -24,6 +26,27 @@ inline ndk::ScopedAParcel parcelOf(const std::vector<uint8_t>& bytes) {
     ndk::ScopedAParcel parcel(AParcel_create());
     AParcel_unmarshal(parcel.get(), bytes.data(), bytes.size());
     return parcel;
+}
+
+// Bytes as space-separated 4-byte groups, the way the wire layout is written down.
+inline std::string hex(const std::vector<uint8_t>& bytes) {
+    std::string out;
+    char digits[3];
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        if (i > 0 && i % 4 == 0) out += ' ';
+        snprintf(digits, sizeof(digits), "%02x", bytes[i]);
+        out += digits;
+    }
+    return out;
+}
+
+inline std::vector<uint8_t> unhex(const std::string& text) {
+    std::vector<uint8_t> out;
+    for (size_t i = 0; i + 1 < text.size(); i += text[i] == ' ' ? 1 : 2) {
+        if (text[i] != ' ')
+            out.push_back(static_cast<uint8_t>(std::stoi(text.substr(i, 2), 0, 16)));
+    }
+    return out;
 }
 
 inline bool allocString(void* data, int32_t length, char** buffer) {
@@ -46,6 +69,19 @@ inline binder_status_t readString(const AParcel* parcel, std::optional<std::stri
 
 inline binder_status_t writeString(AParcel* parcel, const std::string& s) {
     return AParcel_writeString(parcel, s.data(), static_cast<int32_t>(s.size()));
+}
+
+// A nullable array allocator over std::optional<std::vector<T>>.
+template <typename T>
+bool allocArray(void* data, int32_t length, T** buffer) {
+    auto* out = static_cast<std::optional<std::vector<T>>*>(data);
+    if (length < 0) {
+        out->reset();
+        return true;
+    }
+    out->emplace(static_cast<size_t>(length));
+    *buffer = out->value().data();
+    return true;
 }
 
 // State shared between a test and its echo service object.
@@ -90,16 +126,31 @@ inline ndk::SpAIBinder newEcho(EchoState* state) {
     return ndk::SpAIBinder(AIBinder_new(echoClass(), state));
 }
 
+// Sends code with what write puts after the interface token.
+inline binder_status_t call(AIBinder* binder, transaction_code_t code,
+                            const std::function<void(AParcel*)>& write,
+                            ndk::ScopedAParcel* out = nullptr, binder_flags_t flags = 0) {
+    AParcel* in = nullptr;
+    if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
+    if (write) write(in);
+    ndk::ScopedAParcel ignored;
+    return AIBinder_transact(binder, code, &in, out != nullptr ? out->getR() : ignored.getR(),
+                             flags);
+}
+
+inline binder_status_t sendInt(AIBinder* binder, transaction_code_t code, int32_t value,
+                               ndk::ScopedAParcel* out = nullptr, binder_flags_t flags = 0) {
+    return call(
+            binder, code, [value](AParcel* in) { AParcel_writeInt32(in, value); }, out, flags);
+}
+
 // A client call of kEcho; the binder must have the echo class associated.
 inline binder_status_t callEcho(AIBinder* binder, const std::string& text,
                                 std::optional<std::string>* reply) {
-    AParcel* in = nullptr;
-    if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
-    writeString(in, text);
     ndk::ScopedAParcel out;
-    binder_status_t s = AIBinder_transact(binder, kEcho, &in, out.getR(), 0);
-    if (s != STATUS_OK) return s;
-    return readString(out.get(), reply);
+    binder_status_t s = call(
+            binder, kEcho, [&](AParcel* in) { writeString(in, text); }, &out);
+    return s != STATUS_OK ? s : readString(out.get(), reply);
 }
 
 inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, const AParcel* in,
@@ -113,6 +164,7 @@ inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, c
             {
                 std::lock_guard<std::mutex> lock(state->mutex);
                 state->lastCallingPid = AIBinder_getCallingPid();
+                state->cv.notify_all();
             }
             return text ? writeString(out, *text) : AParcel_writeString(out, nullptr, -1);
         }
@@ -133,18 +185,14 @@ inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, c
         }
         case kCallBack: {
             ndk::SpAIBinder target;
-            if (binder_status_t s = AParcel_readStrongBinder(in, target.getR()); s != STATUS_OK) {
-                return s;
-            }
             std::optional<std::string> text;
-            if (binder_status_t s = readString(in, &text); s != STATUS_OK) return s;
+            binder_status_t s = AParcel_readStrongBinder(in, target.getR());
+            if (s != STATUS_OK || (s = readString(in, &text)) != STATUS_OK) return s;
             if (target.get() == nullptr) return STATUS_UNEXPECTED_NULL;
             AParcel_writeBool(out, AIBinder_isRemote(target.get()));
             if (!AIBinder_associateClass(target.get(), echoClass())) return STATUS_BAD_TYPE;
             std::optional<std::string> echoed;
-            if (binder_status_t s = callEcho(target.get(), *text, &echoed); s != STATUS_OK) {
-                return s;
-            }
+            if ((s = callEcho(target.get(), *text, &echoed)) != STATUS_OK) return s;
             return writeString(out, echoed.value_or("<null>"));
         }
         case kFail:

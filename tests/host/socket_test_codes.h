@@ -6,10 +6,8 @@
 enum : transaction_code_t {
     kCallerIdentity = FIRST_CALL_TRANSACTION + 10,  // -> calling pid, calling uid, own pid
     kRemember,                                      // binder in: kept until kForget
-    kNotifyLater,     // int32 n: a service thread sends kRecord 0..n-1 one-way to the kept binder
-    kForget,          // drops the kept binder
-    kWaitRecorded,    // int32 n: waits (bounded) for n kRecord values, returns all of them
-    kReturnBinder,    // binder in, same binder out
-    kReturnSelf,      // the service's own binder out
-    kCallBackOneway,  // binder + int32 in: sends kRecord(int32) one-way to the binder
+    kNotifyLater,   // int32 n: a service thread sends kRecord 0..n-1 one-way to the kept binder
+    kForget,        // drops the kept binder
+    kWaitRecorded,  // int32 n: waits (bounded) for n kRecord values, returns all of them
+    kReturnBinder,  // binder in, same binder out
 };

@@ -1,9 +1,10 @@
+// Status objects and the status header they travel as in a reply.
 #include <android/binder_auto_utils.h>
 #include <android/binder_parcel.h>
 #include <android/binder_status.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,136 +14,95 @@ namespace {
 
 using ndk::ScopedAStatus;
 
-std::string hexOf(const AParcel* parcel) {
-    std::string out;
-    std::vector<uint8_t> bytes = binder_test::bytesOf(parcel);
-    char digits[3];
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        if (i > 0 && i % 4 == 0) out += ' ';
-        snprintf(digits, sizeof(digits), "%02x", bytes[i]);
-        out += digits;
-    }
-    return out;
-}
-
-TEST(StatusObject, FromStatusOkIsOk) {
-    ScopedAStatus status = ScopedAStatus::fromStatus(STATUS_OK);
-    EXPECT_TRUE(status.isOk());
-    EXPECT_EQ(EX_NONE, status.getExceptionCode());
-    EXPECT_EQ(STATUS_OK, status.getStatus());
-}
-
-TEST(StatusObject, FromStatusCarriesTransportError) {
-    ScopedAStatus status = ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-    EXPECT_FALSE(status.isOk());
-    EXPECT_EQ(EX_TRANSACTION_FAILED, status.getExceptionCode());
-    EXPECT_EQ(STATUS_DEAD_OBJECT, status.getStatus());
-    EXPECT_EQ(0, status.getServiceSpecificError());
-}
-
-TEST(StatusObject, ServiceSpecificWithMessage) {
-    ScopedAStatus status = ScopedAStatus::fromServiceSpecificErrorWithMessage(42, "busy");
-    EXPECT_EQ(EX_SERVICE_SPECIFIC, status.getExceptionCode());
-    EXPECT_EQ(42, status.getServiceSpecificError());
-    EXPECT_EQ(STATUS_OK, status.getStatus());
-    EXPECT_STREQ("busy", status.getMessage());
-    EXPECT_NE(std::string::npos, status.getDescription().find("42"));
-    EXPECT_NE(std::string::npos, status.getDescription().find("busy"));
-}
-
-TEST(StatusObject, ExceptionCodes) {
-    struct Case {
-        binder_exception_t exception;
-        bool ok;
-    };
-    for (const Case& c :
-         {Case{EX_NONE, true}, Case{EX_SECURITY, false}, Case{EX_ILLEGAL_ARGUMENT, false},
-          Case{EX_UNSUPPORTED_OPERATION, false}}) {
-        ScopedAStatus status = ScopedAStatus::fromExceptionCodeWithMessage(c.exception, "m");
-        EXPECT_EQ(c.ok, status.isOk()) << c.exception;
-        EXPECT_EQ(c.exception, status.getExceptionCode());
-        EXPECT_EQ(0, status.getServiceSpecificError());
-    }
-    // Asking for a transaction failure without a status still names one.
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION,
-              ScopedAStatus::fromExceptionCode(EX_TRANSACTION_FAILED).getStatus());
-}
-
-TEST(StatusObject, OkSingletonIsSafeToDelete) {
-    AStatus* a = AStatus_newOk();
-    AStatus* b = AStatus_newOk();
-    EXPECT_TRUE(AStatus_isOk(a));
-    AStatus_delete(a);
-    EXPECT_TRUE(AStatus_isOk(b));
-    AStatus_delete(b);
-    EXPECT_STREQ("", AStatus_getMessage(AStatus_newOk()));
-}
-
-TEST(StatusObject, ScopedDefaultIsNotOk) {
-    ScopedAStatus empty;
-    EXPECT_FALSE(empty.isOk());
-    ScopedAStatus moved = ScopedAStatus::ok();
-    ScopedAStatus target = std::move(moved);
-    EXPECT_TRUE(target.isOk());
-    EXPECT_EQ(nullptr, moved.get());  // NOLINT: checking the moved-from state on purpose
-}
-
-struct HeaderCase {
+struct StatusCase {
     const char* name;
     std::function<AStatus*()> make;
-    const char* wire;
+    binder_exception_t exception;
+    binder_status_t status;
+    int32_t serviceSpecific;
+    const char* message;
+    const char* wire;  // nullptr: never written, the transport error is returned instead
 };
 
-class StatusHeaderTest : public testing::TestWithParam<HeaderCase> {};
+class StatusTest : public testing::TestWithParam<StatusCase> {};
 
-TEST_P(StatusHeaderTest, GoldenAndRoundTrip) {
-    const HeaderCase& c = GetParam();
+TEST_P(StatusTest, CarriesItsKindAndTravelsAsItsHeader) {
+    const StatusCase& c = GetParam();
     ScopedAStatus status(c.make());
-    ndk::ScopedAParcel parcel(AParcel_create());
-    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), status.get()));
-    EXPECT_EQ(c.wire, hexOf(parcel.get()));
+    EXPECT_EQ(c.exception == EX_NONE, status.isOk());
+    EXPECT_EQ(c.exception, status.getExceptionCode());
+    EXPECT_EQ(c.status, status.getStatus());
+    EXPECT_EQ(c.serviceSpecific, status.getServiceSpecificError());
+    EXPECT_STREQ(c.message, status.getMessage());
 
+    ndk::ScopedAParcel parcel(AParcel_create());
+    if (c.wire == nullptr) {
+        EXPECT_EQ(c.status, AParcel_writeStatusHeader(parcel.get(), status.get()));
+        EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
+        return;
+    }
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), status.get()));
+    EXPECT_EQ(c.wire, binder_test::hex(binder_test::bytesOf(parcel.get())));
     AParcel_setDataPosition(parcel.get(), 0);
     ScopedAStatus back;
     ASSERT_EQ(STATUS_OK, AParcel_readStatusHeader(parcel.get(), back.getR()));
-    EXPECT_EQ(status.getExceptionCode(), back.getExceptionCode());
-    EXPECT_EQ(status.getServiceSpecificError(), back.getServiceSpecificError());
-    EXPECT_STREQ(status.getMessage(), back.getMessage());
+    EXPECT_EQ(c.exception, back.getExceptionCode());
+    EXPECT_EQ(c.serviceSpecific, back.getServiceSpecificError());
+    EXPECT_STREQ(c.message, back.getMessage());
     EXPECT_EQ(AParcel_getDataSize(parcel.get()), AParcel_getDataPosition(parcel.get()));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-        Wire, StatusHeaderTest,
-        testing::Values(HeaderCase{"ok", [] { return AStatus_newOk(); }, "00000000"},
-                        HeaderCase{"exceptionWithMessage",
-                                   [] {
-                                       return AStatus_fromExceptionCodeWithMessage(
-                                               EX_ILLEGAL_ARGUMENT, "bad");
-                                   },
-                                   "fdffffff 03000000 62006100 64000000 00000000"},
-                        HeaderCase{"serviceSpecific",
-                                   [] { return AStatus_fromServiceSpecificError(42); },
-                                   "f8ffffff 00000000 00000000 00000000 2a000000"}),
-        [](const testing::TestParamInfo<HeaderCase>& test) { return test.param.name; });
-
-TEST(StatusHeader, TransportErrorIsReturnedNotWritten) {
-    ScopedAStatus status = ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT);
-    ndk::ScopedAParcel parcel(AParcel_create());
-    EXPECT_EQ(STATUS_DEAD_OBJECT, AParcel_writeStatusHeader(parcel.get(), status.get()));
-    EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
-}
+        Kinds, StatusTest,
+        testing::Values(
+                StatusCase{"ok", [] { return AStatus_newOk(); }, EX_NONE, STATUS_OK, 0, "",
+                           "00000000"},
+                StatusCase{"fromStatusOk", [] { return AStatus_fromStatus(STATUS_OK); }, EX_NONE,
+                           STATUS_OK, 0, "", "00000000"},
+                StatusCase{"transportError", [] { return AStatus_fromStatus(STATUS_DEAD_OBJECT); },
+                           EX_TRANSACTION_FAILED, STATUS_DEAD_OBJECT, 0, "", nullptr},
+                // Asking for a transaction failure without a status still names one.
+                StatusCase{"transactionFailed",
+                           [] { return AStatus_fromExceptionCode(EX_TRANSACTION_FAILED); },
+                           EX_TRANSACTION_FAILED, STATUS_FAILED_TRANSACTION, 0, "", nullptr},
+                StatusCase{"exceptionWithMessage",
+                           [] {
+                               return AStatus_fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT,
+                                                                           "bad");
+                           },
+                           EX_ILLEGAL_ARGUMENT, STATUS_OK, 0, "bad",
+                           "fdffffff 03000000 62006100 64000000 00000000"},
+                StatusCase{"security", [] { return AStatus_fromExceptionCode(EX_SECURITY); },
+                           EX_SECURITY, STATUS_OK, 0, "", "ffffffff 00000000 00000000 00000000"},
+                StatusCase{"serviceSpecific", [] { return AStatus_fromServiceSpecificError(42); },
+                           EX_SERVICE_SPECIFIC, STATUS_OK, 42, "",
+                           "f8ffffff 00000000 00000000 00000000 2a000000"},
+                StatusCase{"serviceSpecificWithMessage",
+                           [] { return AStatus_fromServiceSpecificErrorWithMessage(-7, "busy"); },
+                           EX_SERVICE_SPECIFIC, STATUS_OK, -7, "busy",
+                           "f8ffffff 04000000 62007500 73007900 00000000 00000000 f9ffffff"}),
+        [](const testing::TestParamInfo<StatusCase>& test) { return test.param.name; });
 
 TEST(StatusHeader, SkipsRemoteStackTraceHeader) {
     // Exception, empty message, an 8-byte trace header to skip, then a following int32.
-    const std::vector<uint8_t> bytes = {0xfb, 0xff, 0xff, 0xff, 0, 0, 0, 0, 0, 0, 0, 0, 8, 0,
-                                        0,    0,    1,    2,    3, 4, 5, 6, 7, 8, 9, 0, 0, 0};
-    ndk::ScopedAParcel parcel = binder_test::parcelOf(bytes);
+    ndk::ScopedAParcel parcel = binder_test::parcelOf(
+            binder_test::unhex("fbffffff 00000000 00000000 08000000 01020304 05060708 09000000"));
     ScopedAStatus status;
     ASSERT_EQ(STATUS_OK, AParcel_readStatusHeader(parcel.get(), status.getR()));
     EXPECT_EQ(EX_ILLEGAL_STATE, status.getExceptionCode());
     int32_t next = 0;
     ASSERT_EQ(STATUS_OK, AParcel_readInt32(parcel.get(), &next));
     EXPECT_EQ(9, next);
+}
+
+TEST(StatusHeader, OkIsSharedAndSafeToDelete) {
+    AStatus* a = AStatus_newOk();
+    AStatus* b = AStatus_newOk();
+    AStatus_delete(a);
+    EXPECT_TRUE(AStatus_isOk(b));
+    AStatus_delete(b);
+    EXPECT_STREQ("", AStatus_getMessage(AStatus_newOk()));
+    EXPECT_FALSE(ScopedAStatus().isOk());
 }
 
 }  // namespace

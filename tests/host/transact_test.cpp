@@ -1,3 +1,4 @@
+// Calls through in-process proxies, objects in parcels and reference counts.
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
@@ -26,29 +27,42 @@ class TransactTest : public testing::Test {
   protected:
     void TearDown() override { binder_host::resetServiceManager(); }
 
-    // Outlives the test body: services are only released by TearDown.
+    // Registers a fresh echo object (its state outlives the test body, as services are only
+    // released by TearDown) and returns the client's proxy with the class associated.
+    ndk::SpAIBinder serveEcho() {
+        ndk::SpAIBinder local = newEcho(&state());
+        EXPECT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
+        ndk::SpAIBinder proxy(AServiceManager_checkService(kName));
+        EXPECT_TRUE(proxy.get() != nullptr && AIBinder_associateClass(proxy.get(), echoClass()));
+        return proxy;
+    }
+    EchoState& state() { return states_.empty() ? makeState() : *states_.front(); }
     EchoState& makeState() { return *states_.emplace_back(std::make_unique<EchoState>()); }
 
   private:
     std::vector<std::unique_ptr<EchoState>> states_;
-
-  protected:
-    // Registers a fresh echo object and returns the client's proxy with the class associated.
-    ndk::SpAIBinder serveEcho(EchoState* state, const char* name = kName) {
-        ndk::SpAIBinder local = newEcho(state);
-        EXPECT_EQ(EX_NONE, AServiceManager_addService(local.get(), name));
-        ndk::SpAIBinder proxy(AServiceManager_checkService(name));
-        EXPECT_NE(nullptr, proxy.get());
-        if (proxy.get() != nullptr) {
-            EXPECT_TRUE(AIBinder_associateClass(proxy.get(), echoClass()));
-        }
-        return proxy;
-    }
 };
 
+TEST_F(TransactTest, ProxyCallsReachTheServiceAndItsAnswer) {
+    ndk::SpAIBinder proxy = serveEcho();
+    EXPECT_TRUE(AIBinder_isRemote(proxy.get()));
+    EXPECT_TRUE(AIBinder_isAlive(proxy.get()));
+    EXPECT_EQ(STATUS_OK, AIBinder_ping(proxy.get()));
+    EXPECT_EQ(nullptr, AIBinder_getUserData(proxy.get()));
+    EXPECT_EQ(proxy.get(), ndk::SpAIBinder(AServiceManager_checkService(kName)).get());
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(proxy.get(), "h\xc3\xa9llo \xf0\x9f\x98\x80", &reply));
+    EXPECT_EQ("h\xc3\xa9llo \xf0\x9f\x98\x80", reply.value());
+    ndk::ScopedAParcel out;
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, call(proxy.get(), kFail, nullptr, &out));
+    EXPECT_EQ(nullptr, out.get());
+    EXPECT_EQ(2, state().calls.load());
+    std::lock_guard<std::mutex> lock(state().mutex);
+    EXPECT_EQ(getpid(), state().lastCallingPid);
+}
+
 TEST_F(TransactTest, CodesOutsideUserRangeNeverReachTheService) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&state);
+    ndk::SpAIBinder proxy = serveEcho();
     for (transaction_code_t code : {0u, 0x01000000u, 0xffffffffu}) {
         AParcel* in = nullptr;
         ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
@@ -58,30 +72,7 @@ TEST_F(TransactTest, CodesOutsideUserRangeNeverReachTheService) {
         EXPECT_EQ(nullptr, in);
         EXPECT_EQ(nullptr, out);
     }
-    EXPECT_EQ(0, state.calls.load());
-}
-
-TEST_F(TransactTest, EchoRoundTripThroughProxy) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&state);
-    EXPECT_TRUE(AIBinder_isRemote(proxy.get()));
-    EXPECT_TRUE(AIBinder_isAlive(proxy.get()));
-    EXPECT_EQ(STATUS_OK, AIBinder_ping(proxy.get()));
-    EXPECT_EQ(nullptr, AIBinder_getUserData(proxy.get()));
-    std::optional<std::string> reply;
-    ASSERT_EQ(STATUS_OK, callEcho(proxy.get(), "h\xc3\xa9llo \xf0\x9f\x98\x80", &reply));
-    EXPECT_EQ("h\xc3\xa9llo \xf0\x9f\x98\x80", reply.value());
-    EXPECT_EQ(1, state.calls.load());
-    std::lock_guard<std::mutex> lock(state.mutex);
-    EXPECT_EQ(getpid(), state.lastCallingPid);
-}
-
-TEST_F(TransactTest, ProxyIdentityIsPointerEquality) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder first = serveEcho(&state);
-    ndk::SpAIBinder second(AServiceManager_checkService(kName));
-    EXPECT_EQ(first.get(), second.get());
-    EXPECT_FALSE(AIBinder_lt(first.get(), second.get()));
+    EXPECT_EQ(0, state().calls.load());
 }
 
 // Tokens that are near the echo service's "test.vexal.IEcho" but not it.
@@ -95,8 +86,7 @@ void writeUnterminatedToken(AParcel* in) {
 }
 
 TEST_F(TransactTest, WrongInterfaceTokenIsRejectedBeforeOnTransact) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&state);
+    ndk::SpAIBinder proxy = serveEcho();
     const std::vector<std::pair<std::string, std::function<void(AParcel*)>>> tokens = {
             {"other", [](AParcel* in) { writeString(in, "some.other.IFace"); }},
             {"prefix", [](AParcel* in) { writeString(in, "test.vexal.IEch"); }},
@@ -115,22 +105,11 @@ TEST_F(TransactTest, WrongInterfaceTokenIsRejectedBeforeOnTransact) {
         EXPECT_EQ(STATUS_BAD_TYPE, AIBinder_transact(proxy.get(), kEcho, &in, out.getR(), 0))
                 << name;
     }
-    EXPECT_EQ(0, state.calls.load());
-}
-
-TEST_F(TransactTest, ServiceErrorStatusReachesCaller) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&state);
-    AParcel* in = nullptr;
-    ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
-    ndk::ScopedAParcel out;
-    EXPECT_EQ(STATUS_PERMISSION_DENIED, AIBinder_transact(proxy.get(), kFail, &in, out.getR(), 0));
-    EXPECT_EQ(nullptr, out.get());
+    EXPECT_EQ(0, state().calls.load());
 }
 
 TEST_F(TransactTest, ClassAssociationChecksDescriptor) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder local = newEcho(&state);
+    ndk::SpAIBinder local = newEcho(&state());
     ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
     ndk::SpAIBinder proxy(AServiceManager_checkService(kName));
     AParcel* in = nullptr;
@@ -141,137 +120,90 @@ TEST_F(TransactTest, ClassAssociationChecksDescriptor) {
                                      AParcel*) -> binder_status_t { return STATUS_OK; });
     EXPECT_FALSE(AIBinder_associateClass(proxy.get(), other));
     EXPECT_TRUE(AIBinder_associateClass(proxy.get(), echoClass()));
-    EXPECT_EQ(echoClass(), AIBinder_getClass(proxy.get()));
     EXPECT_STREQ(kEchoDescriptor, AIBinder_Class_getDescriptor(AIBinder_getClass(proxy.get())));
     EXPECT_FALSE(AIBinder_associateClass(local.get(), other));
 }
 
-TEST_F(TransactTest, OneWayReturnsBeforeTheServiceFinishes) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&state);
-    AParcel* in = nullptr;
-    ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
+TEST_F(TransactTest, OneWayCallsReturnAtOnceAndArriveInOrder) {
+    ndk::SpAIBinder proxy = serveEcho();
+    EchoState& s = state();
     ndk::ScopedAParcel out;
-    ASSERT_EQ(STATUS_OK, AIBinder_transact(proxy.get(), kBlock, &in, out.getR(), FLAG_ONEWAY));
+    ASSERT_EQ(STATUS_OK, call(proxy.get(), kBlock, nullptr, &out, FLAG_ONEWAY));
     EXPECT_TRUE(out.get() == nullptr || AParcel_getDataSize(out.get()) == 0);
-    std::unique_lock<std::mutex> lock(state.mutex);
-    // The call reached the service on another thread and is still held there.
-    ASSERT_TRUE(state.cv.wait_for(lock, 5s, [&] { return state.blockedCallStarted; }));
-    EXPECT_FALSE(state.released);
-    state.released = true;
-    state.cv.notify_all();
-}
-
-TEST_F(TransactTest, OneWayCallsArriveInOrder) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&state);
-    constexpr int kCount = 200;
-    for (int32_t i = 0; i < kCount; ++i) {
-        AParcel* in = nullptr;
-        ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
-        AParcel_writeInt32(in, i);
-        ndk::ScopedAParcel out;
-        ASSERT_EQ(STATUS_OK, AIBinder_transact(proxy.get(), kRecord, &in, out.getR(), FLAG_ONEWAY));
+    for (int32_t i = 0; i < 200; ++i) {
+        ASSERT_EQ(STATUS_OK, sendInt(proxy.get(), kRecord, i, nullptr, FLAG_ONEWAY));
     }
-    std::unique_lock<std::mutex> lock(state.mutex);
-    ASSERT_TRUE(state.cv.wait_for(lock, 5s, [&] { return state.received.size() == kCount; }));
-    for (int32_t i = 0; i < kCount; ++i) EXPECT_EQ(i, state.received[static_cast<size_t>(i)]);
+    std::unique_lock<std::mutex> lock(s.mutex);
+    // The blocking call reached the service on another thread and is still held there.
+    ASSERT_TRUE(s.cv.wait_for(lock, 5s, [&] { return s.blockedCallStarted; }));
+    EXPECT_FALSE(s.released);
+    s.released = true;
+    s.cv.notify_all();
+    ASSERT_TRUE(s.cv.wait_for(lock, 5s, [&] { return s.received.size() == 200; }));
+    for (int32_t i = 0; i < 200; ++i) EXPECT_EQ(i, s.received[static_cast<size_t>(i)]);
 }
 
 TEST_F(TransactTest, BinderInParcelArrivesAsProxyThatCallsBack) {
-    EchoState& serviceState = makeState();
+    ndk::SpAIBinder proxy = serveEcho();
     EchoState& callbackState = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&serviceState);
     ndk::SpAIBinder callback = newEcho(&callbackState);
-
-    AParcel* in = nullptr;
-    ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
-    ASSERT_EQ(STATUS_OK, AParcel_writeStrongBinder(in, callback.get()));
-    writeString(in, "ping");
     ndk::ScopedAParcel out;
-    ASSERT_EQ(STATUS_OK, AIBinder_transact(proxy.get(), kCallBack, &in, out.getR(), 0));
+    ASSERT_EQ(STATUS_OK, call(
+                                 proxy.get(), kCallBack,
+                                 [&](AParcel* in) {
+                                     AParcel_writeStrongBinder(in, callback.get());
+                                     writeString(in, "ping");
+                                 },
+                                 &out));
     bool sawProxy = false;
-    ASSERT_EQ(STATUS_OK, AParcel_readBool(out.get(), &sawProxy));
-    EXPECT_TRUE(sawProxy);
     std::optional<std::string> echoed;
+    ASSERT_EQ(STATUS_OK, AParcel_readBool(out.get(), &sawProxy));
     ASSERT_EQ(STATUS_OK, readString(out.get(), &echoed));
+    EXPECT_TRUE(sawProxy);
     EXPECT_EQ("ping", echoed.value());
     EXPECT_EQ(1, callbackState.calls.load());
-}
 
-TEST_F(TransactTest, SameObjectTwiceGivesOneProxy) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder local = newEcho(&state);
+    // The same object twice in one parcel is one proxy.
     ndk::ScopedAParcel parcel(AParcel_create());
-    AParcel_writeStrongBinder(parcel.get(), local.get());
-    AParcel_writeStrongBinder(parcel.get(), local.get());
+    AParcel_writeStrongBinder(parcel.get(), callback.get());
+    AParcel_writeStrongBinder(parcel.get(), callback.get());
     AParcel_setDataPosition(parcel.get(), 0);
     ndk::SpAIBinder a;
     ndk::SpAIBinder b;
     ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(parcel.get(), a.getR()));
     ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(parcel.get(), b.getR()));
     EXPECT_EQ(a, b);
-    EXPECT_NE(a.get(), local.get());
+    EXPECT_NE(a.get(), callback.get());
     EXPECT_EQ(2, AIBinder_debugGetRefCount(a.get()));
 }
 
-TEST_F(TransactTest, LastReferenceDestroysTheService) {
-    EchoState& state = makeState();
-    {
-        ndk::SpAIBinder local = newEcho(&state);
-        EXPECT_EQ(1, AIBinder_debugGetRefCount(local.get()));
-        ndk::SpAIBinder copy = local;
-        EXPECT_EQ(2, AIBinder_debugGetRefCount(local.get()));
-        ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
-        ndk::SpAIBinder proxy(AServiceManager_checkService(kName));
-        ASSERT_NE(nullptr, proxy.get());
-    }
-    // The service manager still holds it.
-    EXPECT_FALSE(state.destroyed.load());
+TEST_F(TransactTest, ObjectsLiveWhileAStrongReferenceDoes) {
+    EchoState& s = state();
+    ndk::SpAIBinder proxy = serveEcho();
+    EXPECT_FALSE(s.destroyed.load()) << "the service manager still holds it";
     binder_host::resetServiceManager();
-    EXPECT_TRUE(state.destroyed.load());
-}
-
-TEST_F(TransactTest, ProxyKeepsServiceAliveUntilDropped) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = serveEcho(&state);
-    binder_host::resetServiceManager();
-    EXPECT_FALSE(state.destroyed.load());
+    EXPECT_FALSE(s.destroyed.load()) << "the proxy still holds it";
     std::optional<std::string> reply;
     EXPECT_EQ(STATUS_OK, callEcho(proxy.get(), "still here", &reply));
     proxy.set(nullptr);
-    EXPECT_TRUE(state.destroyed.load());
-}
+    EXPECT_TRUE(s.destroyed.load());
 
-TEST_F(TransactTest, WeakReferencesDoNotKeepObjectsAlive) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder local = newEcho(&state);
+    EchoState& other = makeState();
+    ndk::SpAIBinder local = newEcho(&other);
+    EXPECT_EQ(1, AIBinder_debugGetRefCount(local.get()));
     ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(local.get()));
-    {
-        ndk::SpAIBinder promoted = weak.promote();
-        EXPECT_EQ(local, promoted);
-    }
+    EXPECT_EQ(local, weak.promote());
     local.set(nullptr);
-    EXPECT_TRUE(state.destroyed.load());
+    EXPECT_TRUE(other.destroyed.load());
     EXPECT_EQ(nullptr, weak.promote().get());
 }
 
-TEST_F(TransactTest, CallingIdentityInsideAndOutsideTransactions) {
+TEST_F(TransactTest, CallingIdentityOutsideTransactionsIsOurOwn) {
     EXPECT_EQ(getpid(), AIBinder_getCallingPid());
     EXPECT_EQ(getuid(), AIBinder_getCallingUid());
     EXPECT_FALSE(AIBinder_isHandlingTransaction());
     EXPECT_EQ(getpid(), android::IPCThreadState::self()->getCallingPid());
     EXPECT_EQ(getuid(), android::IPCThreadState::self()->getCallingUid());
-}
-
-TEST_F(TransactTest, LocalTransactServesOnTheSpot) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder local = newEcho(&state);
-    EXPECT_FALSE(AIBinder_isRemote(local.get()));
-    std::optional<std::string> reply;
-    ASSERT_EQ(STATUS_OK, callEcho(local.get(), "local", &reply));
-    EXPECT_EQ("local", reply.value());
-    EXPECT_EQ(&state, AIBinder_getUserData(local.get()));
 }
 
 }  // namespace
