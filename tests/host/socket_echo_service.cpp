@@ -64,16 +64,6 @@ binder_status_t serviceTransact(AIBinder* binder, transaction_code_t code, const
             std::swap(target, gRemembered);
             return STATUS_OK;
         }
-        case kWaitRecorded: {
-            if (binder_status_t s = AParcel_readInt32(in, &count); s != STATUS_OK) return s;
-            auto* state = static_cast<EchoState*>(AIBinder_getUserData(binder));
-            std::unique_lock<std::mutex> lock(state->mutex);
-            state->cv.wait_for(lock, std::chrono::seconds(5), [&] {
-                return state->received.size() >= static_cast<size_t>(count);
-            });
-            return AParcel_writeInt32Array(out, state->received.data(),
-                                           static_cast<int32_t>(state->received.size()));
-        }
         case kReturnBinder:
             if (binder_status_t s = AParcel_readStrongBinder(in, target.getR()); s != STATUS_OK) {
                 return s;

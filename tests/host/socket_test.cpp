@@ -32,20 +32,6 @@ TEST_F(SocketTest, CallsReachAServiceInAnotherProcess) {
     EXPECT_EQ(children_.back()->pid(), identity[2]);
 }
 
-TEST_F(SocketTest, OnewayCallsArriveInOrder) {
-    ndk::SpAIBinder echo = startEcho();
-    ASSERT_NE(nullptr, echo.get());
-    std::vector<int32_t> expected(300);
-    for (int32_t i = 0; i < 300; ++i) {
-        ASSERT_EQ(STATUS_OK, sendInt(echo.get(), kRecord, expected[i] = i, nullptr, FLAG_ONEWAY));
-    }
-    ndk::ScopedAParcel out;
-    ASSERT_EQ(STATUS_OK, sendInt(echo.get(), kWaitRecorded, 300, &out));
-    std::optional<std::vector<int32_t>> recorded;
-    ASSERT_EQ(STATUS_OK, AParcel_readInt32Array(out.get(), &recorded, allocArray<int32_t>));
-    EXPECT_EQ(expected, recorded);
-}
-
 TEST_F(SocketTest, ServiceCallsBackInTheCallAndLaterFromItsOwnThread) {
     ndk::SpAIBinder echo = startEcho();
     ASSERT_NE(nullptr, echo.get());
@@ -89,13 +75,6 @@ TEST_F(SocketTest, ObjectsComingBackResolveToTheirOwnerAndAreReleased) {
         ndk::SpAIBinder callback = newEcho(&mine);
         ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kReturnBinder, callback.get(), &out));
         ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(out.get(), returned.getR()));
-        // What this process itself sees when its object goes through a parcel.
-        ndk::ScopedAParcel parcel(AParcel_create());
-        ndk::SpAIBinder here;
-        AParcel_writeStrongBinder(parcel.get(), callback.get());
-        AParcel_setDataPosition(parcel.get(), 0);
-        ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(parcel.get(), here.getR()));
-        EXPECT_EQ(here.get(), returned.get());
         ASSERT_TRUE(AIBinder_associateClass(returned.get(), echoClass()));
         std::optional<std::string> reply;
         ASSERT_EQ(STATUS_OK, callEcho(returned.get(), "home", &reply));
@@ -144,23 +123,25 @@ TEST_F(SocketTest, KillMidTrafficFailsEveryCallAndFiresRecipientsOnce) {
         ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(echo.get(), recipient.get(), &c));
     }
     Counter answered;
-    auto traffic = [&] {
+    // Concurrent callers, each expecting its own reply, until the service dies.
+    auto traffic = [&](int worker) {
         std::vector<binder_status_t> unexpected;
-        for (;;) {
+        for (int i = 0;; ++i) {
+            const std::string text = std::to_string(worker) + "/" + std::to_string(i);
             std::optional<std::string> reply;
-            binder_status_t s = callEcho(echo.get(), "traffic", &reply);
+            binder_status_t s = callEcho(echo.get(), text, &reply);
             if (s == STATUS_DEAD_OBJECT) return unexpected;
-            if (s != STATUS_OK) unexpected.push_back(s);
+            if (s != STATUS_OK || reply != text) unexpected.push_back(s);
             bump(&answered);
         }
     };
     std::vector<std::future<std::vector<binder_status_t>>> workers;
-    for (int i = 0; i < 4; ++i) workers.push_back(std::async(std::launch::async, traffic));
+    for (int i = 0; i < 8; ++i) workers.push_back(std::async(std::launch::async, traffic, i));
     auto blocked =
             std::async(std::launch::async, [&] { return call(echo.get(), kBlock, nullptr); });
     {
         std::unique_lock<std::mutex> lock(answered.mutex);
-        ASSERT_TRUE(answered.cv.wait_for(lock, 5s, [&] { return answered.count >= 200; }));
+        ASSERT_TRUE(answered.cv.wait_for(lock, 5s, [&] { return answered.count >= 1000; }));
     }
     kill(children_.back()->pid(), SIGKILL);
 
@@ -190,24 +171,6 @@ TEST_F(SocketTest, RestartedServiceIsReachableAgain) {
     ASSERT_EQ(STATUS_OK, callEcho(after.get(), "back", &reply));
     EXPECT_EQ("back", reply);
     EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(before.get(), "gone", &reply));
-}
-
-TEST_F(SocketTest, ConcurrentCallersEachGetTheirOwnReply) {
-    ndk::SpAIBinder echo = startEcho();
-    ASSERT_NE(nullptr, echo.get());
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 12; ++t) {
-        threads.emplace_back([&, t] {
-            for (int i = 0; i < 150; ++i) {
-                const std::string text = std::to_string(t) + "/" + std::to_string(i);
-                std::optional<std::string> reply;
-                if (callEcho(echo.get(), text, &reply) != STATUS_OK || reply != text) ++wrong;
-            }
-        });
-    }
-    for (auto& thread : threads) thread.join();
-    EXPECT_EQ(0, wrong.load());
 }
 
 TEST_F(SocketTest, WaitForServiceBlocksUntilTheSocketAnswers) {
@@ -251,10 +214,8 @@ TEST_F(SocketTest, ServesOwnServicesInProcessAndToOthers) {
 
 // Only a private directory of our own is used; otherwise only in-process services remain, and
 // nothing is put in the refused directory.
-TEST(SocketDirTest, UsesOnlyAPrivateDirectoryOfItsOwn) {
-    char base[] = "/tmp/binder_socket_dirXXXXXX";
-    ASSERT_NE(nullptr, mkdtemp(base));
-    const std::string created = std::string(base) + "/new";
+TEST_F(SocketTest, UsesOnlyAPrivateDirectoryOfItsOwn) {
+    const std::string created = base_ + "/new";
     const mode_t saved = umask(0);
     EXPECT_TRUE(binder_host::setHostDirectory(created));
     umask(saved);
@@ -263,7 +224,7 @@ TEST(SocketDirTest, UsesOnlyAPrivateDirectoryOfItsOwn) {
     EXPECT_EQ(S_IFDIR | 0700u, st.st_mode & (S_IFMT | 0777));
     EXPECT_EQ(created, binder_host::hostDirectory());
 
-    const std::string shared = std::string(base) + "/shared";
+    const std::string shared = base_ + "/shared";
     ASSERT_EQ(0, mkdir(shared.c_str(), 0700));
     ASSERT_EQ(0, chmod(shared.c_str(), 0770));
     testing::internal::CaptureStderr();
@@ -271,19 +232,11 @@ TEST(SocketDirTest, UsesOnlyAPrivateDirectoryOfItsOwn) {
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_NE(std::string::npos, log.find("refused")) << log;
     EXPECT_EQ("", binder_host::hostDirectory());
-    EchoState state;
+    EchoState& state = makeState();
     ASSERT_EQ(EX_NONE, AServiceManager_addService(newEcho(&state).get(), kName));
     EXPECT_NE(nullptr, ndk::SpAIBinder(AServiceManager_checkService(kName)).get());
     EXPECT_EQ(nullptr, AServiceManager_waitForService(kOther));
     EXPECT_TRUE(std::filesystem::is_empty(shared));
-    if (geteuid() == 0) {  // root can give a directory away
-        ASSERT_EQ(0, chmod(shared.c_str(), 0700));
-        ASSERT_EQ(0, chown(shared.c_str(), 65534, 65534));
-        EXPECT_FALSE(binder_host::setHostDirectory(shared));
-    }
-    binder_host::resetServiceManager();
-    binder_host::setHostDirectory("");
-    std::filesystem::remove_all(base);
 }
 
 }  // namespace

@@ -8,6 +8,5 @@ enum : transaction_code_t {
     kRemember,                                      // binder in: kept until kForget
     kNotifyLater,   // int32 n: a service thread sends kRecord 0..n-1 one-way to the kept binder
     kForget,        // drops the kept binder
-    kWaitRecorded,  // int32 n: waits (bounded) for n kRecord values, returns all of them
     kReturnBinder,  // binder in, same binder out
 };
