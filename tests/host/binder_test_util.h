@@ -71,19 +71,6 @@ inline binder_status_t writeString(AParcel* parcel, const std::string& s) {
     return AParcel_writeString(parcel, s.data(), static_cast<int32_t>(s.size()));
 }
 
-// A nullable array allocator over std::optional<std::vector<T>>.
-template <typename T>
-bool allocArray(void* data, int32_t length, T** buffer) {
-    auto* out = static_cast<std::optional<std::vector<T>>*>(data);
-    if (length < 0) {
-        out->reset();
-        return true;
-    }
-    out->emplace(static_cast<size_t>(length));
-    *buffer = out->value().data();
-    return true;
-}
-
 // State shared between a test and its echo service object.
 struct EchoState {
     std::mutex mutex;

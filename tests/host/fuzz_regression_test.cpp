@@ -39,6 +39,7 @@ TEST(FuzzRegressionTest, DeletedRecipientsDoNotPileUpOnALiveObject) {
     const std::vector<binder_impl::DeathLink> left = list.markDead();
     ASSERT_EQ(left.size(), 1u);
     EXPECT_EQ(left[0].recipient, live);
+    EXPECT_TRUE(list.markDead().empty()) << "a death is told once";
 }
 
 // The same pattern through the public calls: only the recipient still alive hears the death.

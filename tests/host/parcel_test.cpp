@@ -2,6 +2,7 @@
 #include <android/binder_auto_utils.h>
 #include <android/binder_parcel.h>
 #include <android/binder_stability.h>
+#include <android/binder_status.h>
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -67,18 +68,19 @@ TEST(ParcelTest, ValuesAndArraysHaveTheirGoldenBytesAndReadBack) {
     AParcel_writeInt32Array(p.get(), ints, 0);
     AParcel_writeInt32Array(p.get(), ints, 3);
     AParcel_writeInt64Array(p.get(), longs, 1);
-    AParcel_writeBoolArray(p.get(), bools, 2, [](const void* data, size_t i) {
-        return static_cast<const bool*>(data)[i];
-    });
     AParcel_writeStringArray(p.get(), &strings, 3, [](const void* data, size_t i, int32_t* length) {
         const auto& entry = (*static_cast<const StringList*>(data))[i];
         *length = entry ? static_cast<int32_t>(entry->size()) : -1;
         return entry ? entry->c_str() : nullptr;
     });
+    AParcel_writeStrongBinder(p.get(), nullptr);
+    // Read back in tests/aidl, as AIDL's vectors.
+    AParcel_writeBoolArray(p.get(), bools, 2, [](const void* data, size_t i) {
+        return static_cast<const bool*>(data)[i];
+    });
     AParcel_writeParcelableArray(p.get(), ints, 2, [](AParcel* out, const void* data, size_t i) {
         return AParcel_writeInt32(out, static_cast<const int32_t*>(data)[i] + 4);
     });
-    AParcel_writeStrongBinder(p.get(), nullptr);
     EXPECT_EQ(
             "feffffff "
             "08070605 04030201 "  // 8-byte values are only 4-byte aligned
@@ -88,10 +90,10 @@ TEST(ParcelTest, ValuesAndArraysHaveTheirGoldenBytesAndReadBack) {
             "00000000 "
             "03000000 01000000 02000000 03000000 "
             "01000000 ffffffff ffffffff "
-            "02000000 01000000 00000000 "
             "03000000 01000000 61000000 ffffffff 00000000 00000000 "
-            "02000000 05000000 06000000 "
-            "00000000",
+            "00000000 "
+            "02000000 01000000 00000000 "
+            "02000000 05000000 06000000",
             hex(bytesOf(p.get())));
 
     AParcel_setDataPosition(p.get(), 0);
@@ -105,50 +107,8 @@ TEST(ParcelTest, ValuesAndArraysHaveTheirGoldenBytesAndReadBack) {
     EXPECT_EQ(STATUS_OK, AParcel_readBool(p.get(), &b));
     EXPECT_EQ(std::make_tuple(-2, int64_t{0x0102030405060708}, 0x8000000000000001ull, true),
               std::make_tuple(i32, i64, u64, b));
-    std::optional<std::vector<int32_t>> null = std::vector<int32_t>{}, empty, three;
-    std::optional<std::vector<int64_t>> one;
-    EXPECT_EQ(STATUS_OK, AParcel_readInt32Array(p.get(), &null, allocArray<int32_t>));
-    EXPECT_EQ(STATUS_OK, AParcel_readInt32Array(p.get(), &empty, allocArray<int32_t>));
-    EXPECT_EQ(STATUS_OK, AParcel_readInt32Array(p.get(), &three, allocArray<int32_t>));
-    EXPECT_EQ(STATUS_OK, AParcel_readInt64Array(p.get(), &one, allocArray<int64_t>));
-    EXPECT_FALSE(null.has_value());
-    EXPECT_EQ(std::vector<int32_t>{}, empty);
-    EXPECT_EQ((std::vector<int32_t>{1, 2, 3}), three);
-    EXPECT_EQ(std::vector<int64_t>{-1}, one);
-    std::vector<int32_t> values;  // the bools as 7 and 8, then the parcelables
-    auto resize = [](void* data, int32_t length) {
-        static_cast<std::vector<int32_t>*>(data)->resize(static_cast<size_t>(length));
-        return length >= 0;
-    };
-    EXPECT_EQ(STATUS_OK,
-              AParcel_readBoolArray(p.get(), &values, resize, [](void* data, size_t i, bool v) {
-                  (*static_cast<std::vector<int32_t>*>(data))[i] = v ? 7 : 8;
-              }));
-    EXPECT_EQ((std::vector<int32_t>{7, 8}), values);
-    StringList read;
-    EXPECT_EQ(STATUS_OK,
-              AParcel_readStringArray(
-                      p.get(), &read,
-                      [](void* data, int32_t length) {
-                          static_cast<StringList*>(data)->resize(static_cast<size_t>(length));
-                          return length >= 0;
-                      },
-                      [](void* data, size_t i, int32_t length, char** buffer) {
-                          return allocString(&(*static_cast<StringList*>(data))[i], length, buffer);
-                      }));
-    // The allocator form keeps the NUL.
-    EXPECT_EQ((StringList{std::string("a", 2), std::nullopt, std::string("", 1)}), read);
-    EXPECT_EQ(STATUS_OK,
-              AParcel_readParcelableArray(
-                      p.get(), &values, resize, [](const AParcel* in, void* data, size_t i) {
-                          return AParcel_readInt32(in,
-                                                   &(*static_cast<std::vector<int32_t>*>(data))[i]);
-                      }));
-    EXPECT_EQ((std::vector<int32_t>{5, 6}), values);
-    AIBinder* binder = reinterpret_cast<AIBinder*>(1);
-    EXPECT_EQ(STATUS_OK, AParcel_readStrongBinder(p.get(), &binder));
-    EXPECT_EQ(nullptr, binder);
-    EXPECT_EQ(AParcel_getDataSize(p.get()), AParcel_getDataPosition(p.get()));
+    // Arrays are read back where their readers are used: the hostile input below, and tests/aidl.
+    EXPECT_EQ(24, AParcel_getDataPosition(p.get()));
 }
 
 TEST(ParcelTest, BinderObjectLayout) {
@@ -284,5 +244,95 @@ INSTANTIATE_TEST_SUITE_P(
                             "f8ffffff 00000000 00000000 00000000", STATUS_NOT_ENOUGH_DATA,
                             readStatus}),
         [](const testing::TestParamInfo<HostileCase>& test) { return test.param.name; });
+
+// Status objects, and the header they travel as in a reply.
+struct StatusCase {
+    const char* name;
+    std::function<AStatus*()> make;
+    binder_exception_t exception;
+    binder_status_t status;
+    int32_t serviceSpecific;
+    const char* message;
+    const char* wire;  // nullptr: never written, the transport error is returned instead
+};
+
+class StatusTest : public testing::TestWithParam<StatusCase> {};
+
+TEST_P(StatusTest, CarriesItsKindAndTravelsAsItsHeader) {
+    const StatusCase& c = GetParam();
+    ndk::ScopedAStatus status(c.make());
+    EXPECT_EQ(c.exception == EX_NONE, status.isOk());
+    EXPECT_EQ(c.exception, status.getExceptionCode());
+    EXPECT_EQ(c.status, status.getStatus());
+    EXPECT_EQ(c.serviceSpecific, status.getServiceSpecificError());
+    EXPECT_STREQ(c.message, status.getMessage());
+
+    ndk::ScopedAParcel parcel(AParcel_create());
+    if (c.wire == nullptr) {
+        EXPECT_EQ(c.status, AParcel_writeStatusHeader(parcel.get(), status.get()));
+        EXPECT_EQ(0, AParcel_getDataSize(parcel.get()));
+        return;
+    }
+    ASSERT_EQ(STATUS_OK, AParcel_writeStatusHeader(parcel.get(), status.get()));
+    EXPECT_EQ(c.wire, hex(bytesOf(parcel.get())));
+    AParcel_setDataPosition(parcel.get(), 0);
+    ndk::ScopedAStatus back;
+    ASSERT_EQ(STATUS_OK, AParcel_readStatusHeader(parcel.get(), back.getR()));
+    EXPECT_EQ(c.exception, back.getExceptionCode());
+    EXPECT_EQ(c.serviceSpecific, back.getServiceSpecificError());
+    EXPECT_STREQ(c.message, back.getMessage());
+    EXPECT_EQ(AParcel_getDataSize(parcel.get()), AParcel_getDataPosition(parcel.get()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        Kinds, StatusTest,
+        testing::Values(
+                StatusCase{"ok", [] { return AStatus_newOk(); }, EX_NONE, STATUS_OK, 0, "",
+                           "00000000"},
+                StatusCase{"transportError", [] { return AStatus_fromStatus(STATUS_DEAD_OBJECT); },
+                           EX_TRANSACTION_FAILED, STATUS_DEAD_OBJECT, 0, "", nullptr},
+                // Asking for a transaction failure without a status still names one.
+                StatusCase{"transactionFailed",
+                           [] { return AStatus_fromExceptionCode(EX_TRANSACTION_FAILED); },
+                           EX_TRANSACTION_FAILED, STATUS_FAILED_TRANSACTION, 0, "", nullptr},
+                StatusCase{"exceptionWithMessage",
+                           [] {
+                               return AStatus_fromExceptionCodeWithMessage(EX_ILLEGAL_ARGUMENT,
+                                                                           "bad");
+                           },
+                           EX_ILLEGAL_ARGUMENT, STATUS_OK, 0, "bad",
+                           "fdffffff 03000000 62006100 64000000 00000000"},
+                StatusCase{"security", [] { return AStatus_fromExceptionCode(EX_SECURITY); },
+                           EX_SECURITY, STATUS_OK, 0, "", "ffffffff 00000000 00000000 00000000"},
+                StatusCase{"serviceSpecific", [] { return AStatus_fromServiceSpecificError(42); },
+                           EX_SERVICE_SPECIFIC, STATUS_OK, 42, "",
+                           "f8ffffff 00000000 00000000 00000000 2a000000"},
+                StatusCase{"serviceSpecificWithMessage",
+                           [] { return AStatus_fromServiceSpecificErrorWithMessage(-7, "busy"); },
+                           EX_SERVICE_SPECIFIC, STATUS_OK, -7, "busy",
+                           "f8ffffff 04000000 62007500 73007900 00000000 00000000 f9ffffff"}),
+        [](const testing::TestParamInfo<StatusCase>& test) { return test.param.name; });
+
+TEST(StatusHeader, SkipsRemoteStackTraceHeader) {
+    // Exception, empty message, an 8-byte trace header to skip, then a following int32.
+    ndk::ScopedAParcel parcel =
+            parcelOf(unhex("fbffffff 00000000 00000000 08000000 01020304 05060708 09000000"));
+    ndk::ScopedAStatus status;
+    ASSERT_EQ(STATUS_OK, AParcel_readStatusHeader(parcel.get(), status.getR()));
+    EXPECT_EQ(EX_ILLEGAL_STATE, status.getExceptionCode());
+    int32_t next = 0;
+    ASSERT_EQ(STATUS_OK, AParcel_readInt32(parcel.get(), &next));
+    EXPECT_EQ(9, next);
+}
+
+TEST(StatusHeader, OkIsSharedAndSafeToDelete) {
+    AStatus* a = AStatus_newOk();
+    AStatus* b = AStatus_newOk();
+    AStatus_delete(a);
+    EXPECT_TRUE(AStatus_isOk(b));
+    AStatus_delete(b);
+    EXPECT_STREQ("", AStatus_getMessage(AStatus_newOk()));
+    EXPECT_FALSE(ndk::ScopedAStatus().isOk());
+}
 
 }  // namespace

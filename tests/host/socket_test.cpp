@@ -1,28 +1,121 @@
-// Calls, objects, deaths and restarts across processes over the socket transport.
+// Calls, objects, deaths and the wire of the socket transport, with echo services run in their
+// own processes: bad frames, the HELLO, channels joining a connection, the service's binder
+// threads.
+#include <android/binder_auto_utils.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_manager.h>
+#include <binder_host/service_control.h>
+#include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
-#include <atomic>
+#include <chrono>
 #include <condition_variable>
+#include <filesystem>
+#include <fstream>
 #include <future>
+#include <memory>
+#include <optional>
+#include <string>
 #include <thread>
+#include <vector>
 
-#include "socket_test_support.h"
+#include "../../host/binder/src/socket_frames.h"
+#include "../kit/ChildProcess.h"
+#include "../kit/RawSocket.h"
+#include "binder_test_util.h"
+#include "socket_test_codes.h"
 
 namespace {
 
-using namespace socket_test;
+using namespace binder_test;
+using namespace vexal::testing;
+using namespace std::chrono_literals;
+using binder_impl::kHello, binder_impl::kJoin, binder_impl::kJoined, binder_impl::kRelease,
+        binder_impl::kReply, binder_impl::kTransact;
 
-TEST_F(SocketTest, CallsReachAServiceInAnotherProcess) {
+constexpr const char* kName = "test.vexal.IEcho/default";
+constexpr const char* kOther = "test.vexal.IEcho/other";
+
+binder_status_t callWithBinder(AIBinder* binder, transaction_code_t code, AIBinder* argument,
+                               ndk::ScopedAParcel* out = nullptr) {
+    return call(
+            binder, code, [argument](AParcel* in) { AParcel_writeStrongBinder(in, argument); },
+            out);
+}
+
+pid_t lastCaller(EchoState& state) {
+    std::lock_guard<std::mutex> lock(state.mutex);
+    return state.lastCallingPid;
+}
+
+class SocketTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        char base[] = "/tmp/binder_socket_testXXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(base));
+        base_ = base;
+        dir_ = base_ + "/dir";
+        ASSERT_TRUE(binder_host::setHostDirectory(dir_));
+        std::ofstream(dir_ + "/manifest") << kName << "\n" << kOther << "\n";
+    }
+
+    void TearDown() override {
+        children_.clear();
+        binder_host::resetServiceManager();
+        binder_host::setHostDirectory("");
+        std::filesystem::remove_all(base_);
+        // Calls from the service may still be finishing on binder threads.
+        for (auto& state : states_) {
+            std::unique_lock<std::mutex> lock(state->mutex);
+            EXPECT_TRUE(state->cv.wait_for(lock, 5s, [&] { return state->destroyed.load(); }));
+        }
+    }
+
+    // Where the service published as kName listens.
+    std::string socketFile() const { return dir_ + "/test.vexal.IEcho%2fdefault.sock"; }
+
+    ChildProcess& spawnService(const char* instance, std::vector<std::string> extra = {}) {
+        std::vector<std::string> argv{SOCKET_ECHO_SERVICE, instance};
+        argv.insert(argv.end(), extra.begin(), extra.end());
+        return *children_.emplace_back(std::make_unique<ChildProcess>(
+                argv, ChildProcess::Options{{"BINDER_HOST_DIR=" + dir_}, {}}));
+    }
+
+    static ndk::SpAIBinder waitForEcho(const char* instance) {
+        ndk::SpAIBinder binder(AServiceManager_waitForService(instance));
+        if (binder.get() != nullptr) AIBinder_associateClass(binder.get(), echoClass());
+        return binder;
+    }
+
+    // Starts the service; a proxy to it with the echo class associated.
+    ndk::SpAIBinder startEcho(const char* instance = kName, std::vector<std::string> extra = {}) {
+        spawnService(instance, std::move(extra));
+        ndk::SpAIBinder echo = waitForEcho(instance);
+        EXPECT_NE(nullptr, echo.get()) << "no " << instance;
+        return echo;
+    }
+
+    // Lives until after TearDown, so late callbacks from the service still find it.
+    EchoState& makeState() { return *states_.emplace_back(std::make_unique<EchoState>()); }
+
+    std::string base_;
+    std::string dir_;
+    std::vector<std::unique_ptr<ChildProcess>> children_;
+
+  private:
+    std::vector<std::unique_ptr<EchoState>> states_;
+};
+
+TEST_F(SocketTest, CallsAndCallbacksCrossTheProcessBoundary) {
     ndk::SpAIBinder echo = startEcho();
-    ASSERT_NE(nullptr, echo.get());
     EXPECT_TRUE(AIBinder_isRemote(echo.get()));
-    EXPECT_EQ(STATUS_OK, AIBinder_ping(echo.get()));
     EXPECT_EQ(echo.get(), ndk::SpAIBinder(AServiceManager_checkService(kName)).get());
     std::optional<std::string> reply;
     ASSERT_EQ(STATUS_OK, callEcho(echo.get(), std::string(100000, 'x'), &reply));
     EXPECT_EQ(std::string(100000, 'x'), reply);
     EXPECT_EQ(STATUS_PERMISSION_DENIED, call(echo.get(), kFail, nullptr));
-
     ndk::ScopedAParcel out;
     ASSERT_EQ(STATUS_OK, call(echo.get(), kCallerIdentity, nullptr, &out));
     int32_t identity[3] = {};
@@ -30,14 +123,10 @@ TEST_F(SocketTest, CallsReachAServiceInAnotherProcess) {
     EXPECT_EQ(getpid(), identity[0]);
     EXPECT_EQ(static_cast<int32_t>(getuid()), identity[1]);
     EXPECT_EQ(children_.back()->pid(), identity[2]);
-}
 
-TEST_F(SocketTest, ServiceCallsBackInTheCallAndLaterFromItsOwnThread) {
-    ndk::SpAIBinder echo = startEcho();
-    ASSERT_NE(nullptr, echo.get());
+    // The service calls back while our call is in flight, then later from a thread of its own.
     EchoState& mine = makeState();
     ndk::SpAIBinder callback = newEcho(&mine);
-    ndk::ScopedAParcel out;
     ASSERT_EQ(STATUS_OK, call(
                                  echo.get(), kCallBack,
                                  [&](AParcel* in) {
@@ -46,24 +135,22 @@ TEST_F(SocketTest, ServiceCallsBackInTheCallAndLaterFromItsOwnThread) {
                                  },
                                  &out));
     bool serviceSawProxy = false;
-    std::optional<std::string> echoed;
     AParcel_readBool(out.get(), &serviceSawProxy);
-    readString(out.get(), &echoed);
+    readString(out.get(), &reply);
     EXPECT_TRUE(serviceSawProxy);
-    EXPECT_EQ("nested", echoed);
-    EXPECT_EQ(1, mine.calls.load());
+    EXPECT_EQ("nested", reply);
     EXPECT_EQ(children_.back()->pid(), lastCaller(mine));
-
     ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kRemember, callback.get()));
     ASSERT_EQ(STATUS_OK, sendInt(echo.get(), kNotifyLater, 50));
-    ASSERT_TRUE(waitForRecorded(mine, 50));
-    std::lock_guard<std::mutex> lock(mine.mutex);
-    for (int32_t i = 0; i < 50; ++i) EXPECT_EQ(i, mine.received[i]);
+    std::vector<int32_t> expected(50);
+    for (int32_t i = 0; i < 50; ++i) expected[i] = i;
+    std::unique_lock<std::mutex> lock(mine.mutex);
+    EXPECT_TRUE(mine.cv.wait_for(lock, 5s, [&] { return mine.received.size() >= 50; }));
+    EXPECT_EQ(expected, mine.received) << "one-way calls arrive in order";
 }
 
-TEST_F(SocketTest, ObjectsComingBackResolveToTheirOwnerAndAreReleased) {
+TEST_F(SocketTest, ObjectsResolveToTheirOwnerAndStayInTheirProcesses) {
     ndk::SpAIBinder echo = startEcho();
-    ASSERT_NE(nullptr, echo.get());
     ndk::ScopedAParcel out;
     ndk::SpAIBinder returned;
     ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kReturnBinder, echo.get(), &out));
@@ -87,17 +174,13 @@ TEST_F(SocketTest, ObjectsComingBackResolveToTheirOwnerAndAreReleased) {
     // The service's release reaches us before the reply does.
     ASSERT_EQ(STATUS_OK, call(echo.get(), kForget, nullptr));
     EXPECT_TRUE(mine.destroyed.load());
-}
 
-TEST_F(SocketTest, ObjectsOfAThirdProcessAreRefused) {
-    ndk::SpAIBinder first = startEcho(kName);
-    ndk::SpAIBinder second = startEcho(kOther);
-    ASSERT_TRUE(first.get() != nullptr && second.get() != nullptr);
-    EXPECT_NE(first.get(), second.get());
-    EXPECT_EQ(STATUS_BAD_VALUE, callWithBinder(second.get(), kRemember, first.get()));
+    ndk::SpAIBinder other = startEcho(kOther);
+    EXPECT_NE(echo.get(), other.get());
+    EXPECT_EQ(STATUS_BAD_VALUE, callWithBinder(other.get(), kRemember, echo.get()));
     std::optional<std::string> reply;
-    EXPECT_EQ(STATUS_OK, callEcho(second.get(), "still fine", &reply));
-    EXPECT_EQ(STATUS_OK, callEcho(first.get(), "still fine", &reply));
+    EXPECT_EQ(STATUS_OK, callEcho(other.get(), "still fine", &reply));
+    EXPECT_EQ(STATUS_OK, callEcho(echo.get(), "still fine", &reply));
 }
 
 // Counts deaths or answered calls.
@@ -116,7 +199,6 @@ void bump(void* cookie) {
 
 TEST_F(SocketTest, KillMidTrafficFailsEveryCallAndFiresRecipientsOnce) {
     ndk::SpAIBinder echo = startEcho();
-    ASSERT_NE(nullptr, echo.get());
     Counter deaths[2];
     ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(bump));
     for (Counter& c : deaths) {
@@ -159,25 +241,11 @@ TEST_F(SocketTest, KillMidTrafficFailsEveryCallAndFiresRecipientsOnce) {
     for (Counter& c : deaths) EXPECT_EQ(1, c.count);
 }
 
-TEST_F(SocketTest, RestartedServiceIsReachableAgain) {
-    ndk::SpAIBinder before = startEcho();
-    ASSERT_NE(nullptr, before.get());
-    children_.clear();
-    std::optional<std::string> reply;
-    EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(before.get(), "gone", &reply));
-    ndk::SpAIBinder after = startEcho();
-    ASSERT_NE(nullptr, after.get());
-    EXPECT_NE(before.get(), after.get());
-    ASSERT_EQ(STATUS_OK, callEcho(after.get(), "back", &reply));
-    EXPECT_EQ("back", reply);
-    EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(before.get(), "gone", &reply));
-}
-
 TEST_F(SocketTest, WaitForServiceBlocksUntilTheSocketAnswers) {
-    const auto start = Clock::now();
+    const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(nullptr, AServiceManager_waitForService("test.vexal.IEcho/nobody"));
     EXPECT_EQ(nullptr, AServiceManager_checkService(kName));
-    EXPECT_LT(Clock::now() - start, 1s);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1s);
     EXPECT_TRUE(AServiceManager_isDeclared(kName));
     auto waiter = std::async(std::launch::async, [] { return waitForEcho(kName); });
     EXPECT_EQ(std::future_status::timeout, waiter.wait_for(100ms));
@@ -186,30 +254,15 @@ TEST_F(SocketTest, WaitForServiceBlocksUntilTheSocketAnswers) {
     ndk::SpAIBinder echo = waiter.get();
     std::optional<std::string> reply;
     EXPECT_EQ(STATUS_OK, callEcho(echo.get(), "arrived", &reply));
-}
 
-TEST_F(SocketTest, TermStopsTheServiceCleanly) {
-    ndk::SpAIBinder echo = startEcho();
-    ASSERT_NE(nullptr, echo.get());
+    // TERM stops it cleanly: under the sanitizers a leak would make the exit status non-zero.
     EchoState& mine = makeState();
     ndk::SpAIBinder callback = newEcho(&mine);
     ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kRemember, callback.get()));
     kill(children_.back()->pid(), SIGTERM);
-    // Under the sanitizers a leak would make the exit status non-zero.
     EXPECT_EQ(0, children_.back()->waitForExit());
     EXPECT_FALSE(std::filesystem::exists(socketFile()));
-    std::optional<std::string> reply;
     EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(echo.get(), "stopped", &reply));
-}
-
-TEST_F(SocketTest, ServesOwnServicesInProcessAndToOthers) {
-    EchoState& mine = makeState();
-    ASSERT_EQ(EX_NONE, AServiceManager_addService(newEcho(&mine).get(), kOther));
-    EXPECT_TRUE(std::filesystem::exists(dir_ + "/test.vexal.IEcho%2fother.sock"));
-    ndk::SpAIBinder here = waitForEcho(kOther);
-    std::optional<std::string> reply;
-    ASSERT_EQ(STATUS_OK, callEcho(here.get(), "in process", &reply));
-    EXPECT_EQ(getpid(), lastCaller(mine));
 }
 
 // Only a private directory of our own is used; otherwise only in-process services remain, and
@@ -237,6 +290,165 @@ TEST_F(SocketTest, UsesOnlyAPrivateDirectoryOfItsOwn) {
     EXPECT_NE(nullptr, ndk::SpAIBinder(AServiceManager_checkService(kName)).get());
     EXPECT_EQ(nullptr, AServiceManager_waitForService(kOther));
     EXPECT_TRUE(std::filesystem::is_empty(shared));
+}
+
+// The wire, spoken directly.
+bool sendBytes(int fd, const std::vector<uint8_t>& bytes) {
+    return sendExact(fd, bytes.data(), bytes.size());
+}
+
+// A connection to path that read the HELLO the service greets every socket with (its body into
+// *hello when given) and, given a key, asked to join the connection it names; -1 if a step failed.
+int greeted(const std::string& path, std::vector<uint8_t>* hello = nullptr,
+            std::optional<uint64_t> join = {}) {
+    const int fd = connectUnix(path);
+    uint32_t type = 0;
+    std::vector<uint8_t> body;
+    bool ok = fd >= 0 && readRawFrame(fd, &type, &body) && type == kHello;
+    if (ok && hello != nullptr) *hello = body;
+    if (ok && join.has_value()) {
+        body.resize(8);
+        memcpy(body.data(), &*join, 8);
+        ok = sendBytes(fd, rawFrame(kJoin, body));
+    }
+    if (!ok && fd >= 0) close(fd);
+    return ok ? fd : -1;
+}
+
+// A channel the service admitted into the connection key names, or -1.
+int joined(const std::string& path, uint64_t key) {
+    const int fd = greeted(path, nullptr, key);
+    uint32_t type = 0;
+    std::vector<uint8_t> body;
+    if (fd >= 0 && readRawFrame(fd, &type, &body) && type == kJoined && body.empty()) return fd;
+    if (fd >= 0) close(fd);
+    return -1;
+}
+
+// The owner's connection and its key, from the HELLO: the service's ref, its descriptor, the key.
+int owner(const std::string& path, std::vector<uint8_t>* hello, uint64_t* key) {
+    const int fd = greeted(path, hello);
+    if (fd < 0 || hello->size() != 36) return fd;
+    EXPECT_EQ("10000000 74657374 2e766578 616c2e49 4563686f",
+              hex(std::vector<uint8_t>(hello->begin() + 8, hello->begin() + 28)));
+    memcpy(key, hello->data() + 28, 8);
+    return fd;
+}
+
+TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
+    ndk::SpAIBinder echo = startEcho();
+    for (const auto& bytes : {
+                 rawFrame(kTransact, {}, 0xffffffffu),             // beyond the size cap
+                 rawFrame(0xdead, std::vector<uint8_t>(8)),        // unknown frame type
+                 rawFrame(kTransact, std::vector<uint8_t>(20)),    // transaction cut short
+                 rawFrame(kRelease, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
+         }) {
+        const int fd = connectUnix(socketFile());
+        ASSERT_GE(fd, 0);
+        ASSERT_TRUE(sendBytes(fd, bytes));
+        EXPECT_TRUE(closedByPeer(fd)) << hex(bytes);
+        close(fd);
+    }
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
+    EXPECT_EQ("unharmed", reply);
+}
+
+TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
+    ndk::SpAIBinder echo = startEcho();
+    std::vector<uint8_t> hello;
+    uint64_t key = 0;
+    const int first = owner(socketFile(), &hello, &key);
+    ASSERT_GE(first, 0);
+    ASSERT_NE(0u, key);
+
+    // Another process that learned the key still cannot join.
+    ChildProcess stranger({SOCKET_ECHO_SERVICE, "--join", socketFile(), std::to_string(key)});
+    EXPECT_EQ(0, stranger.waitForExit()) << "1: a foreign JOIN was accepted, 2: it could not ask";
+    // Nor can a key nobody was given.
+    const int guesser = greeted(socketFile(), nullptr, key ^ 1);
+    ASSERT_GE(guesser, 0);
+    EXPECT_TRUE(closedByPeer(guesser));
+    close(guesser);
+
+    // The same process joins; the channel answers a call with the frames sent before it.
+    const int channel = joined(socketFile(), key);
+    ASSERT_GE(channel, 0);
+    // Transaction 7 to the service with an empty parcel: no interface token.
+    std::vector<uint8_t> transact = unhex("07000000 00000000");
+    transact.insert(transact.end(), hello.begin(), hello.begin() + 8);
+    for (uint8_t byte : unhex("efcdab00 00000000 00000000 00000000")) transact.push_back(byte);
+    ASSERT_TRUE(sendBytes(channel, rawFrame(kTransact, transact)));
+    uint32_t type = 0;
+    std::vector<uint8_t> body;
+    ASSERT_TRUE(readRawFrame(channel, &type, &body));
+    EXPECT_EQ(kReply, type);
+    // The transaction, 1 frame before (only the HELLO went out on the owner's socket),
+    // STATUS_BAD_TYPE, no objects and an empty parcel.
+    EXPECT_EQ("07000000 00000000 01000000 00000000 01000080 00000000 00000000", hex(body));
+
+    // One-way calls have no place on a channel: the connection goes, the service stays.
+    transact[20] = FLAG_ONEWAY;
+    ASSERT_TRUE(sendBytes(channel, rawFrame(kTransact, transact)));
+    EXPECT_TRUE(closedByPeer(channel));
+    EXPECT_TRUE(closedByPeer(first));
+    close(channel);
+    close(first);
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
+    EXPECT_EQ("unharmed", reply);
+}
+
+// A service that gave binder no thread answers nothing: the call waits, as the driver holds it,
+// until the service starts its pool.
+TEST_F(SocketTest, CallsWaitUntilTheServiceGivesBinderAThread) {
+    ndk::SpAIBinder echo = startEcho(kName, {"--pool-on-sigusr1"});
+    auto answer = std::async(std::launch::async, [&echo] {
+        std::optional<std::string> reply;
+        const binder_status_t status = callEcho(echo.get(), "held", &reply);
+        return status == STATUS_OK ? reply.value_or("<null>") : "status " + std::to_string(status);
+    });
+    const bool reached = children_.back()->waitForOutput("queued");
+    const bool answeredEarly = answer.wait_for(0s) != std::future_status::timeout;
+    // Before any assertion: the caller's thread must not be left waiting.
+    ASSERT_EQ(0, kill(children_.back()->pid(), SIGUSR1));
+    EXPECT_TRUE(reached) << "the call never reached the service";
+    EXPECT_FALSE(answeredEarly) << "answered by a thread the service never gave binder";
+    EXPECT_EQ("held", answer.get());
+}
+
+// Every channel costs the service a thread: no more join than its binder threads may number
+// (the pool's first thread, the joined main thread and 15 started on demand by default), and a
+// channel that closes makes room again.
+TEST_F(SocketTest, ChannelsStayWithinTheServicesThreadLimit) {
+    ndk::SpAIBinder echo = startEcho();
+    std::vector<uint8_t> hello;
+    uint64_t key = 0;
+    const int first = owner(socketFile(), &hello, &key);
+    ASSERT_GE(first, 0);
+    // Nothing has called the service yet, so no channel of the proxy holds a thread.
+    std::vector<int> channels;
+    for (int fd = 0; channels.size() < 40 && (fd = joined(socketFile(), key)) >= 0;) {
+        channels.push_back(fd);
+    }
+    EXPECT_EQ(17u, channels.size());
+    // A refused channel leaves the caller on the shared stream, not without an answer.
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "while full", &reply));
+    EXPECT_EQ("while full", reply);
+
+    close(channels.back());
+    channels.back() = -1;
+    const auto deadline = std::chrono::steady_clock::now() + 5s;
+    while (channels.back() < 0 && std::chrono::steady_clock::now() < deadline) {
+        channels.back() = joined(socketFile(), key);
+        if (channels.back() < 0) std::this_thread::sleep_for(10ms);  // not yet: try again soon
+    }
+    EXPECT_GE(channels.back(), 0) << "a closed channel did not give its thread back";
+    for (int fd : channels) close(fd);
+    close(first);
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "after", &reply));
+    EXPECT_EQ("after", reply);
 }
 
 }  // namespace
