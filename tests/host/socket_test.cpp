@@ -338,10 +338,10 @@ int owner(const std::string& path, std::vector<uint8_t>* hello, uint64_t* key) {
 TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
     ndk::SpAIBinder echo = startEcho();
     for (const auto& bytes : {
-                 rawFrame(kTransact, {}, 0xffffffffu),             // beyond the size cap
-                 rawFrame(0xdead, std::vector<uint8_t>(8)),        // unknown frame type
-                 rawFrame(kTransact, std::vector<uint8_t>(20)),    // transaction cut short
-                 rawFrame(kRelease, std::vector<uint8_t>(12, 7)),  // release of nothing we hold
+                 rawFrame(kTransact, {}, binder_impl::kMaxFrame + 1),  // beyond the size cap
+                 rawFrame(0xdead, std::vector<uint8_t>(8)),            // unknown frame type
+                 rawFrame(kTransact, std::vector<uint8_t>(20)),        // transaction cut short
+                 rawFrame(kRelease, std::vector<uint8_t>(12, 7)),      // release of nothing we hold
          }) {
         const int fd = connectUnix(socketFile());
         ASSERT_GE(fd, 0);
@@ -349,6 +349,10 @@ TEST_F(SocketTest, BadFramesCloseOnlyTheirConnection) {
         EXPECT_TRUE(closedByPeer(fd)) << hex(bytes);
         close(fd);
     }
+    // Refused for its announced length, not after waiting for a body that never comes.
+    EXPECT_TRUE(children_.back()->waitForOutput("frame of 16777217 bytes from pid " +
+                                                std::to_string(getpid()) + " exceeds the limit"))
+            << children_.back()->output();
     std::optional<std::string> reply;
     ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "unharmed", &reply));
     EXPECT_EQ("unharmed", reply);
