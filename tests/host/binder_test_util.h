@@ -7,7 +7,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <cstdio>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -30,12 +29,11 @@ inline ndk::ScopedAParcel parcelOf(const std::vector<uint8_t>& bytes) {
 
 // Bytes as space-separated 4-byte groups, the way the wire layout is written down.
 inline std::string hex(const std::vector<uint8_t>& bytes) {
+    static const char kDigits[] = "0123456789abcdef";
     std::string out;
-    char digits[3];
     for (size_t i = 0; i < bytes.size(); ++i) {
         if (i > 0 && i % 4 == 0) out += ' ';
-        snprintf(digits, sizeof(digits), "%02x", bytes[i]);
-        out += digits;
+        out += {kDigits[bytes[i] >> 4], kDigits[bytes[i] & 15]};
     }
     return out;
 }
@@ -43,26 +41,20 @@ inline std::string hex(const std::vector<uint8_t>& bytes) {
 inline std::vector<uint8_t> unhex(const std::string& text) {
     std::vector<uint8_t> out;
     for (size_t i = 0; i + 1 < text.size(); i += text[i] == ' ' ? 1 : 2) {
-        if (text[i] != ' ')
-            out.push_back(static_cast<uint8_t>(std::stoi(text.substr(i, 2), 0, 16)));
+        if (text[i] != ' ') out.push_back(std::stoi(text.substr(i, 2), nullptr, 16));
     }
     return out;
 }
 
-inline bool allocString(void* data, int32_t length, char** buffer) {
-    auto* out = static_cast<std::optional<std::string>*>(data);
-    if (length < 0) {
-        out->reset();
-        return true;
-    }
-    out->emplace(static_cast<size_t>(length), '\0');
-    *buffer = out->value().data();
-    return true;
-}
-
 // Reads a nullable string; trailing NUL stripped.
 inline binder_status_t readString(const AParcel* parcel, std::optional<std::string>* out) {
-    binder_status_t status = AParcel_readString(parcel, out, allocString);
+    binder_status_t status =
+            AParcel_readString(parcel, out, [](void* data, int32_t length, char** buffer) {
+                auto* text = static_cast<std::optional<std::string>*>(data);
+                if (length < 0) text->reset();
+                if (length >= 0) *buffer = text->emplace(static_cast<size_t>(length), '\0').data();
+                return true;
+            });
     if (status == STATUS_OK && out->has_value()) out->value().pop_back();
     return status;
 }

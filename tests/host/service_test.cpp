@@ -65,7 +65,6 @@ class ServiceTest : public testing::Test {
 
     // Outlive the test body: services are only released by TearDown.
     EchoState state_;
-    EchoState other_;
     ndk::ScopedAIBinder_DeathRecipient recipient_{AIBinder_DeathRecipient_new(onDied)};
 };
 
@@ -276,25 +275,6 @@ TEST_F(TransactTest, OneWayCallsReturnAtOnceAndArriveInOrder) {
     s.cv.notify_all();
     ASSERT_TRUE(s.cv.wait_for(lock, 5s, [&] { return s.received.size() == 200; }));
     for (int32_t i = 0; i < 200; ++i) EXPECT_EQ(i, s.received[static_cast<size_t>(i)]);
-}
-
-TEST_F(TransactTest, ObjectsLiveWhileAStrongReferenceDoes) {
-    ndk::SpAIBinder proxy = addEcho();
-    EXPECT_FALSE(state_.destroyed.load()) << "the service manager still holds it";
-    binder_host::resetServiceManager();
-    EXPECT_FALSE(state_.destroyed.load()) << "the proxy still holds it";
-    std::optional<std::string> reply;
-    EXPECT_EQ(STATUS_OK, callEcho(proxy.get(), "still here", &reply));
-    proxy.set(nullptr);
-    EXPECT_TRUE(state_.destroyed.load());
-
-    ndk::SpAIBinder local = newEcho(&other_);
-    EXPECT_EQ(1, AIBinder_debugGetRefCount(local.get()));
-    ndk::ScopedAIBinder_Weak weak(AIBinder_Weak_new(local.get()));
-    EXPECT_EQ(local, weak.promote());
-    local.set(nullptr);
-    EXPECT_TRUE(other_.destroyed.load());
-    EXPECT_EQ(nullptr, weak.promote().get());
 }
 
 }  // namespace

@@ -35,16 +35,20 @@ binder_status_t serviceTransact(AIBinder* binder, transaction_code_t code, const
                                 AParcel* out) {
     ndk::SpAIBinder target;
     int32_t count = 0;
+    if (code == kRemember || code == kReturnBinder) {
+        if (binder_status_t s = AParcel_readStrongBinder(in, target.getR()); s != STATUS_OK) {
+            return s;
+        }
+    }
     switch (code) {
         case kCallerIdentity:
             AParcel_writeInt32(out, AIBinder_getCallingPid());
             AParcel_writeInt32(out, static_cast<int32_t>(AIBinder_getCallingUid()));
             return AParcel_writeInt32(out, getpid());
-        case kRemember: {
-            if (binder_status_t s = AParcel_readStrongBinder(in, target.getR()); s != STATUS_OK) {
-                return s;
-            }
+        case kRemember:
             if (!AIBinder_associateClass(target.get(), echoClass())) return STATUS_BAD_TYPE;
+            [[fallthrough]];
+        case kForget: {
             std::lock_guard<std::mutex> lock(gMutex);
             std::swap(target, gRemembered);  // what was kept before is dropped outside the lock
             return STATUS_OK;
@@ -54,20 +58,13 @@ binder_status_t serviceTransact(AIBinder* binder, transaction_code_t code, const
             std::lock_guard<std::mutex> lock(gMutex);
             if (gRemembered.get() == nullptr) return STATUS_INVALID_OPERATION;
             std::thread([kept = gRemembered, count] {
-                for (int32_t i = 0; i < count; ++i)
+                for (int32_t i = 0; i < count; ++i) {
                     sendInt(kept.get(), kRecord, i, nullptr, FLAG_ONEWAY);
+                }
             }).detach();
             return STATUS_OK;
         }
-        case kForget: {
-            std::lock_guard<std::mutex> lock(gMutex);
-            std::swap(target, gRemembered);
-            return STATUS_OK;
-        }
         case kReturnBinder:
-            if (binder_status_t s = AParcel_readStrongBinder(in, target.getR()); s != STATUS_OK) {
-                return s;
-            }
             return AParcel_writeStrongBinder(out, target.get());
         default:
             return echoTransact(binder, code, in, out);
@@ -94,11 +91,7 @@ int main(int argc, char** argv) {
         return joinAsStranger(argv[2], std::stoull(argv[3]));
     }
     const bool lazy = argc == 3 && std::string(argv[2]) == "--pool-on-sigusr1";
-    if (argc != 2 && !lazy) {
-        fprintf(stderr, "usage: %s INSTANCE [--pool-on-sigusr1] (with BINDER_HOST_DIR set)\n",
-                argv[0]);
-        return 2;
-    }
+    if (argc != 2 && !lazy) return 2;
     // Every thread inherits the mask, so only the waiter below sees the signals.
     sigset_t signals;
     sigemptyset(&signals);
