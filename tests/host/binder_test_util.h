@@ -81,6 +81,12 @@ enum : transaction_code_t {
     kBlock,                          // waits until EchoState::released
     kCallBack,                       // binder + string in: echoes the string through the binder
     kFail,                           // answers STATUS_PERMISSION_DENIED
+    // Only the socket test service answers these.
+    kCallerIdentity,  // -> calling pid, calling uid, own pid
+    kRemember,        // binder in: kept until kForget
+    kNotifyLater,     // int32 n: a service thread sends kRecord 0..n-1 one-way to the kept binder
+    kForget,          // drops the kept binder
+    kReturnBinder,    // binder in, same binder out
 };
 
 constexpr const char* kEchoDescriptor = "test.vexal.IEcho";
@@ -168,7 +174,6 @@ inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, c
             binder_status_t s = AParcel_readStrongBinder(in, target.getR());
             if (s != STATUS_OK || (s = readString(in, &text)) != STATUS_OK) return s;
             if (target.get() == nullptr) return STATUS_UNEXPECTED_NULL;
-            AParcel_writeBool(out, AIBinder_isRemote(target.get()));
             if (!AIBinder_associateClass(target.get(), echoClass())) return STATUS_BAD_TYPE;
             std::optional<std::string> echoed;
             if ((s = callEcho(target.get(), *text, &echoed)) != STATUS_OK) return s;

@@ -253,16 +253,4 @@ TEST(StatusTest, CarriesItsKindAndTravelsAsItsHeader) {
     }
 }
 
-TEST(StatusHeader, SkipsRemoteStackTraceHeader) {
-    // Exception, empty message, an 8-byte trace header to skip, then a following int32.
-    ndk::ScopedAParcel parcel =
-            parcelOf(unhex("fbffffff 00000000 00000000 08000000 01020304 05060708 09000000"));
-    ndk::ScopedAStatus status;
-    ASSERT_EQ(STATUS_OK, AParcel_readStatusHeader(parcel.get(), status.getR()));
-    EXPECT_EQ(EX_ILLEGAL_STATE, status.getExceptionCode());
-    int32_t next = 0;
-    ASSERT_EQ(STATUS_OK, AParcel_readInt32(parcel.get(), &next));
-    EXPECT_EQ(9, next);
-}
-
 }  // namespace

