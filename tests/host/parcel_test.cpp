@@ -1,4 +1,4 @@
-// The parcel's wire layout, what reads it back, and hostile input.
+// The parcel's wire layout, hostile input to its readers, and status headers.
 #include <android/binder_auto_utils.h>
 #include <android/binder_parcel.h>
 #include <android/binder_stability.h>
@@ -44,7 +44,7 @@ TEST(ParcelTest, StringsAreUtf16WithTheirLengthAndNul) {
     }
 }
 
-TEST(ParcelTest, ValuesAndArraysHaveTheirGoldenBytesAndReadBack) {
+TEST(ParcelTest, ValuesAndArraysHaveTheirGoldenBytes) {
     const int32_t ints[] = {1, 2, 3};
     const int64_t longs[] = {-1};
     const bool bools[] = {true, false};
@@ -64,7 +64,6 @@ TEST(ParcelTest, ValuesAndArraysHaveTheirGoldenBytesAndReadBack) {
         return entry ? entry->c_str() : nullptr;
     });
     AParcel_writeStrongBinder(p.get(), nullptr);
-    // Read back in tests/aidl, as AIDL's vectors.
     AParcel_writeBoolArray(p.get(), bools, 2, [](const void* data, size_t i) {
         return static_cast<const bool*>(data)[i];
     });
@@ -90,7 +89,7 @@ TEST(ParcelTest, ValuesAndArraysHaveTheirGoldenBytesAndReadBack) {
     EXPECT_EQ(STATUS_OK, AParcel_readBool(p.get(), &b));
     EXPECT_EQ(std::make_tuple(-2, int64_t{0x0102030405060708}, 0x8000000000000001ull, true),
               std::make_tuple(i32, i64, u64, b));
-    // Arrays are read back where their readers are used: the hostile input below, and tests/aidl.
+    // Arrays are read back through the AIDL helpers in tests/aidl, hostile ones below.
     EXPECT_EQ(24, AParcel_getDataPosition(p.get()));
 }
 
