@@ -7,6 +7,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -26,20 +27,34 @@ inline ndk::ScopedAParcel parcelOf(const std::vector<uint8_t>& bytes) {
     return parcel;
 }
 
-inline bool allocString(void* data, int32_t length, char** buffer) {
-    auto* out = static_cast<std::optional<std::string>*>(data);
-    if (length < 0) {
-        out->reset();
-        return true;
+// Bytes as space-separated 4-byte groups, the way the wire layout is written down.
+inline std::string hex(const std::vector<uint8_t>& bytes) {
+    static const char kDigits[] = "0123456789abcdef";
+    std::string out;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        if (i > 0 && i % 4 == 0) out += ' ';
+        out += {kDigits[bytes[i] >> 4], kDigits[bytes[i] & 15]};
     }
-    out->emplace(static_cast<size_t>(length), '\0');
-    *buffer = out->value().data();
-    return true;
+    return out;
+}
+
+inline std::vector<uint8_t> unhex(const std::string& text) {
+    std::vector<uint8_t> out;
+    for (size_t i = 0; i + 1 < text.size(); i += text[i] == ' ' ? 1 : 2) {
+        if (text[i] != ' ') out.push_back(std::stoi(text.substr(i, 2), nullptr, 16));
+    }
+    return out;
 }
 
 // Reads a nullable string; trailing NUL stripped.
 inline binder_status_t readString(const AParcel* parcel, std::optional<std::string>* out) {
-    binder_status_t status = AParcel_readString(parcel, out, allocString);
+    binder_status_t status =
+            AParcel_readString(parcel, out, [](void* data, int32_t length, char** buffer) {
+                auto* text = static_cast<std::optional<std::string>*>(data);
+                if (length < 0) text->reset();
+                if (length >= 0) *buffer = text->emplace(static_cast<size_t>(length), '\0').data();
+                return true;
+            });
     if (status == STATUS_OK && out->has_value()) out->value().pop_back();
     return status;
 }
@@ -66,6 +81,12 @@ enum : transaction_code_t {
     kBlock,                          // waits until EchoState::released
     kCallBack,                       // binder + string in: echoes the string through the binder
     kFail,                           // answers STATUS_PERMISSION_DENIED
+    // Only the socket test service answers these.
+    kCallerIdentity,  // -> calling pid, calling uid, own pid
+    kRemember,        // binder in: kept until kForget
+    kNotifyLater,     // int32 n: a service thread sends kRecord 0..n-1 one-way to the kept binder
+    kForget,          // drops the kept binder
+    kReturnBinder,    // binder in, same binder out
 };
 
 constexpr const char* kEchoDescriptor = "test.vexal.IEcho";
@@ -90,16 +111,31 @@ inline ndk::SpAIBinder newEcho(EchoState* state) {
     return ndk::SpAIBinder(AIBinder_new(echoClass(), state));
 }
 
+// Sends code with what write puts after the interface token.
+inline binder_status_t call(AIBinder* binder, transaction_code_t code,
+                            const std::function<void(AParcel*)>& write,
+                            ndk::ScopedAParcel* out = nullptr, binder_flags_t flags = 0) {
+    AParcel* in = nullptr;
+    if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
+    if (write) write(in);
+    ndk::ScopedAParcel ignored;
+    return AIBinder_transact(binder, code, &in, out != nullptr ? out->getR() : ignored.getR(),
+                             flags);
+}
+
+inline binder_status_t sendInt(AIBinder* binder, transaction_code_t code, int32_t value,
+                               ndk::ScopedAParcel* out = nullptr, binder_flags_t flags = 0) {
+    return call(
+            binder, code, [value](AParcel* in) { AParcel_writeInt32(in, value); }, out, flags);
+}
+
 // A client call of kEcho; the binder must have the echo class associated.
 inline binder_status_t callEcho(AIBinder* binder, const std::string& text,
                                 std::optional<std::string>* reply) {
-    AParcel* in = nullptr;
-    if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
-    writeString(in, text);
     ndk::ScopedAParcel out;
-    binder_status_t s = AIBinder_transact(binder, kEcho, &in, out.getR(), 0);
-    if (s != STATUS_OK) return s;
-    return readString(out.get(), reply);
+    binder_status_t s = call(
+            binder, kEcho, [&](AParcel* in) { writeString(in, text); }, &out);
+    return s != STATUS_OK ? s : readString(out.get(), reply);
 }
 
 inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, const AParcel* in,
@@ -113,6 +149,7 @@ inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, c
             {
                 std::lock_guard<std::mutex> lock(state->mutex);
                 state->lastCallingPid = AIBinder_getCallingPid();
+                state->cv.notify_all();
             }
             return text ? writeString(out, *text) : AParcel_writeString(out, nullptr, -1);
         }
@@ -133,18 +170,13 @@ inline binder_status_t echoTransact(AIBinder* binder, transaction_code_t code, c
         }
         case kCallBack: {
             ndk::SpAIBinder target;
-            if (binder_status_t s = AParcel_readStrongBinder(in, target.getR()); s != STATUS_OK) {
-                return s;
-            }
             std::optional<std::string> text;
-            if (binder_status_t s = readString(in, &text); s != STATUS_OK) return s;
+            binder_status_t s = AParcel_readStrongBinder(in, target.getR());
+            if (s != STATUS_OK || (s = readString(in, &text)) != STATUS_OK) return s;
             if (target.get() == nullptr) return STATUS_UNEXPECTED_NULL;
-            AParcel_writeBool(out, AIBinder_isRemote(target.get()));
             if (!AIBinder_associateClass(target.get(), echoClass())) return STATUS_BAD_TYPE;
             std::optional<std::string> echoed;
-            if (binder_status_t s = callEcho(target.get(), *text, &echoed); s != STATUS_OK) {
-                return s;
-            }
+            if ((s = callEcho(target.get(), *text, &echoed)) != STATUS_OK) return s;
             return writeString(out, echoed.value_or("<null>"));
         }
         case kFail:

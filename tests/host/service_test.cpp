@@ -1,13 +1,16 @@
+// The in-process service manager (declarations, lookups, deaths, injected failures), calls
+// through its proxies, and inputs the fuzz targets found.
 #include <android/binder_auto_utils.h>
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
-#include <android/binder_process.h>
 #include <binder_host/service_control.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <future>
 #include <memory>
 #include <set>
@@ -15,6 +18,7 @@
 #include <thread>
 #include <vector>
 
+#include "../../host/binder/src/death.h"
 #include "binder_test_util.h"
 
 namespace {
@@ -44,81 +48,54 @@ void onUnlinked(void* cookie) {
     static_cast<DeathCounter*>(cookie)->unlinked++;
 }
 
+std::future<ndk::SpAIBinder> waitInBackground() {
+    return std::async(std::launch::async,
+                      [] { return ndk::SpAIBinder(AServiceManager_waitForService(kName)); });
+}
+
 class ServiceTest : public testing::Test {
   protected:
     void TearDown() override { binder_host::resetServiceManager(); }
 
-    // Outlives the test body: services are only released by TearDown.
-    EchoState& makeState() { return *states_.emplace_back(std::make_unique<EchoState>()); }
-
-  private:
-    std::vector<std::unique_ptr<EchoState>> states_;
-
-  protected:
-    ndk::SpAIBinder addEcho(EchoState* state) {
-        ndk::SpAIBinder local = newEcho(state);
-        EXPECT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
+    // Publishes an echo object and returns a proxy to it with the class associated.
+    ndk::SpAIBinder addEcho() {
+        EXPECT_EQ(EX_NONE, AServiceManager_addService(newEcho(&state_).get(), kName));
         ndk::SpAIBinder proxy(AServiceManager_checkService(kName));
-        if (proxy.get() != nullptr) AIBinder_associateClass(proxy.get(), echoClass());
+        EXPECT_TRUE(proxy.get() != nullptr && AIBinder_associateClass(proxy.get(), echoClass()));
         return proxy;
     }
+
+    // Outlive the test body: services are only released by TearDown.
+    EchoState state_;
+    ndk::ScopedAIBinder_DeathRecipient recipient_{AIBinder_DeathRecipient_new(onDied)};
 };
 
-TEST_F(ServiceTest, NotDeclaredAnswersNullAtOnce) {
+TEST_F(ServiceTest, OnlyDeclaredInstancesAreWaitedFor) {
     EXPECT_FALSE(AServiceManager_isDeclared(kName));
-    EXPECT_EQ(nullptr, AServiceManager_checkService(kName));
     EXPECT_EQ(nullptr, AServiceManager_waitForService(kName));
-#pragma GCC diagnostic push  // deprecated on devices too, still part of the API under test
-#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-    EXPECT_EQ(nullptr, AServiceManager_getService(kName));
-#pragma GCC diagnostic pop
-}
 
-TEST_F(ServiceTest, DeclaredNotRunningWaitsUntilAdded) {
     binder_host::declareService(kName);
     EXPECT_TRUE(AServiceManager_isDeclared(kName));
     EXPECT_EQ(nullptr, AServiceManager_checkService(kName));
-
-    auto waiter = std::async(std::launch::async,
-                             [] { return ndk::SpAIBinder(AServiceManager_waitForService(kName)); });
-    EXPECT_EQ(std::future_status::timeout, waiter.wait_for(100ms));
-
-    EchoState& state = makeState();
-    ndk::SpAIBinder local = newEcho(&state);
-    ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
-    ASSERT_EQ(std::future_status::ready, waiter.wait_for(5s));
-    ndk::SpAIBinder proxy = waiter.get();
-    ASSERT_NE(nullptr, proxy.get());
-    EXPECT_TRUE(AIBinder_isRemote(proxy.get()));
-}
-
-TEST_F(ServiceTest, UndeclaringReleasesWaiters) {
-    binder_host::declareService(kName);
-    auto waiter = std::async(std::launch::async,
-                             [] { return ndk::SpAIBinder(AServiceManager_waitForService(kName)); });
-    EXPECT_EQ(std::future_status::timeout, waiter.wait_for(50ms));
+    auto released = waitInBackground();
+    EXPECT_EQ(std::future_status::timeout, released.wait_for(50ms));
     binder_host::undeclareService(kName);
-    ASSERT_EQ(std::future_status::ready, waiter.wait_for(5s));
-    EXPECT_EQ(nullptr, waiter.get().get());
-}
+    ASSERT_EQ(std::future_status::ready, released.wait_for(5s));
+    EXPECT_EQ(nullptr, released.get().get());
 
-TEST_F(ServiceTest, RunningWithoutDeclarationIsFoundButNotDeclared) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = addEcho(&state);
-    ASSERT_NE(nullptr, proxy.get());
-    EXPECT_FALSE(AServiceManager_isDeclared(kName));
-    ndk::SpAIBinder waited(AServiceManager_waitForService(kName));
-    EXPECT_EQ(proxy, waited);
+    binder_host::declareService(kName);
+    auto waiter = waitInBackground();
+    EXPECT_EQ(std::future_status::timeout, waiter.wait_for(100ms));
+    ndk::SpAIBinder proxy = addEcho();
+    ASSERT_EQ(std::future_status::ready, waiter.wait_for(5s));
+    EXPECT_EQ(proxy, waiter.get());
 }
 
 TEST_F(ServiceTest, ManifestFileDeclaresInstances) {
     char dir[] = "/tmp/binder_host_testXXXXXX";
     ASSERT_NE(nullptr, mkdtemp(dir));
-    const std::string manifest = std::string(dir) + "/manifest";
-    FILE* file = fopen(manifest.c_str(), "w");
-    ASSERT_NE(nullptr, file);
-    fputs("# comment\n  test.vexal.IEcho/default  \ntest.vexal.IEcho/second\n", file);
-    fclose(file);
+    std::ofstream(std::string(dir) + "/manifest")
+            << "# comment\n  test.vexal.IEcho/default  \ntest.vexal.IEcho/second\n";
     setenv("BINDER_HOST_DIR", dir, 1);
     EXPECT_TRUE(AServiceManager_isDeclared("test.vexal.IEcho/default"));
     EXPECT_FALSE(AServiceManager_isDeclared("test.vexal.IEcho/third"));
@@ -129,121 +106,63 @@ TEST_F(ServiceTest, ManifestFileDeclaresInstances) {
     EXPECT_EQ((std::set<std::string>{"default", "second"}), seen);
     unsetenv("BINDER_HOST_DIR");
     EXPECT_FALSE(AServiceManager_isDeclared("test.vexal.IEcho/default"));
-    remove(manifest.c_str());
-    rmdir(dir);
+    std::filesystem::remove_all(dir);
 }
 
-TEST_F(ServiceTest, KillFiresEachRecipientOnceOffTheCallerThread) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = addEcho(&state);
-    ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(onDied));
-    AIBinder_DeathRecipient_setOnUnlinked(recipient.get(), onUnlinked);
-    DeathCounter first;
-    DeathCounter second;
-    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient.get(), &first));
-    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient.get(), &second));
+TEST_F(ServiceTest, KillFiresEachLinkedRecipientOnceOffTheCallerThread) {
+    ndk::SpAIBinder proxy = addEcho();
+    AIBinder_DeathRecipient_setOnUnlinked(recipient_.get(), onUnlinked);
+    AIBinder_DeathRecipient* deleted = AIBinder_DeathRecipient_new(onDied);
+    DeathCounter first, second, unlinked, ofDeleted;
+    for (DeathCounter* c : {&first, &second, &unlinked}) {
+        ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient_.get(), c));
+    }
+    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), deleted, &ofDeleted));
+    EXPECT_EQ(STATUS_OK, AIBinder_unlinkToDeath(proxy.get(), recipient_.get(), &unlinked));
+    EXPECT_EQ(1, unlinked.unlinked.load());
+    EXPECT_EQ(STATUS_NAME_NOT_FOUND,
+              AIBinder_unlinkToDeath(proxy.get(), recipient_.get(), &unlinked));
+    AIBinder_DeathRecipient_delete(deleted);
 
     ASSERT_TRUE(binder_host::killService(kName));
-    // killService waited for the handlers.
-    EXPECT_EQ(1, first.died.load());
-    EXPECT_EQ(1, second.died.load());
+    // killService waited for the handlers: those linked heard it once, the others not at all.
+    const auto deaths = [&] { return std::vector<int>{first.died, second.died, unlinked.died}; };
+    EXPECT_EQ((std::vector<int>{1, 1, 0}), deaths());
+    EXPECT_EQ(0, ofDeleted.died.load());
     EXPECT_EQ(1, first.unlinked.load());
     EXPECT_NE(std::this_thread::get_id(), first.thread);
 
     EXPECT_FALSE(AIBinder_isAlive(proxy.get()));
-    EXPECT_EQ(STATUS_DEAD_OBJECT, AIBinder_ping(proxy.get()));
     std::optional<std::string> reply;
     EXPECT_EQ(STATUS_DEAD_OBJECT, callEcho(proxy.get(), "x", &reply));
     EXPECT_EQ(nullptr, AServiceManager_checkService(kName));
-    EXPECT_EQ(STATUS_DEAD_OBJECT, AIBinder_linkToDeath(proxy.get(), recipient.get(), &first));
+    EXPECT_EQ(STATUS_DEAD_OBJECT, AIBinder_linkToDeath(proxy.get(), recipient_.get(), &first));
     EXPECT_FALSE(binder_host::killService(kName));
-    EXPECT_EQ(1, first.died.load());
-    EXPECT_EQ(0, state.calls.load());
+    binder_host::drainNotifications();
+    EXPECT_EQ((std::vector<int>{1, 1, 0}), deaths());
+    EXPECT_EQ(0, state_.calls.load());
 }
 
-TEST_F(ServiceTest, ReAddedServiceGivesFreshLiveProxy) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder local = newEcho(&state);
-    ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
-    ndk::SpAIBinder dead(AServiceManager_checkService(kName));
-    ASSERT_TRUE(binder_host::killService(kName));
-    EXPECT_FALSE(state.destroyed.load());
-
-    ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
-    ndk::SpAIBinder fresh(AServiceManager_checkService(kName));
-    ASSERT_NE(nullptr, fresh.get());
-    EXPECT_NE(dead, fresh);
-    EXPECT_TRUE(AIBinder_isAlive(fresh.get()));
-    EXPECT_FALSE(AIBinder_isAlive(dead.get()));
-    ASSERT_TRUE(AIBinder_associateClass(fresh.get(), echoClass()));
-    std::optional<std::string> reply;
-    EXPECT_EQ(STATUS_OK, callEcho(fresh.get(), "again", &reply));
-    EXPECT_EQ("again", reply.value_or(""));
-}
-
-TEST_F(ServiceTest, UnlinkAndDeleteStopNotifications) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = addEcho(&state);
-    DeathCounter unlinkedCounter;
-    DeathCounter deletedCounter;
-    ndk::ScopedAIBinder_DeathRecipient kept(AIBinder_DeathRecipient_new(onDied));
-    AIBinder_DeathRecipient_setOnUnlinked(kept.get(), onUnlinked);
-    AIBinder_DeathRecipient* deleted = AIBinder_DeathRecipient_new(onDied);
-
-    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), kept.get(), &unlinkedCounter));
-    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), deleted, &deletedCounter));
-    EXPECT_EQ(STATUS_OK, AIBinder_unlinkToDeath(proxy.get(), kept.get(), &unlinkedCounter));
-    EXPECT_EQ(1, unlinkedCounter.unlinked.load());
-    EXPECT_EQ(STATUS_NAME_NOT_FOUND,
-              AIBinder_unlinkToDeath(proxy.get(), kept.get(), &unlinkedCounter));
-    AIBinder_DeathRecipient_delete(deleted);
-
-    ASSERT_TRUE(binder_host::killService(kName));
-    EXPECT_EQ(0, unlinkedCounter.died.load());
-    EXPECT_EQ(0, deletedCounter.died.load());
-}
-
-TEST_F(ServiceTest, LinkToDeathErrors) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder local = newEcho(&state);
-    ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(onDied));
+TEST_F(ServiceTest, InjectedFailuresStopAtTheProxyUntilReset) {
+    ndk::SpAIBinder proxy = addEcho();
     DeathCounter counter;
-    EXPECT_EQ(STATUS_INVALID_OPERATION,
-              AIBinder_linkToDeath(local.get(), recipient.get(), &counter));
-
-    ndk::SpAIBinder proxy = addEcho(&state);
     binder_host::failNextLinkToDeath(STATUS_NO_MEMORY, 2);
-    EXPECT_EQ(STATUS_NO_MEMORY, AIBinder_linkToDeath(proxy.get(), recipient.get(), &counter));
-    EXPECT_EQ(STATUS_NO_MEMORY, AIBinder_linkToDeath(proxy.get(), recipient.get(), &counter));
-    EXPECT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient.get(), &counter));
+    binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION, 2);
+    std::optional<std::string> reply;
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(STATUS_NO_MEMORY, AIBinder_linkToDeath(proxy.get(), recipient_.get(), &counter));
+        EXPECT_EQ(STATUS_FAILED_TRANSACTION,
+                  i == 0 ? callEcho(proxy.get(), "a", &reply)
+                         : sendInt(proxy.get(), kRecord, i, nullptr, FLAG_ONEWAY));
+    }
+    EXPECT_EQ(0, state_.calls.load()) << "failed calls never reach the service";
+    EXPECT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient_.get(), &counter));
+    EXPECT_EQ(STATUS_OK, callEcho(proxy.get(), "b", &reply));
 
     binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
-    binder_host::resetServiceManager();
-    EXPECT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient.get(), &counter));
-}
-
-TEST_F(ServiceTest, InjectedTransactionFailuresStopAtTheProxy) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = addEcho(&state);
-    auto oneway = [&] {
-        AParcel* in = nullptr;
-        AParcel* out = nullptr;
-        EXPECT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
-        AParcel_writeInt32(in, 7);
-        binder_status_t status = AIBinder_transact(proxy.get(), kRecord, &in, &out, FLAG_ONEWAY);
-        AParcel_delete(out);
-        return status;
-    };
-    std::optional<std::string> reply;
-    binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION, 2);
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION, callEcho(proxy.get(), "a", &reply));
-    EXPECT_EQ(STATUS_FAILED_TRANSACTION, oneway());
-    EXPECT_EQ(0, state.calls.load()) << "failed calls never reach the service";
-    EXPECT_EQ(STATUS_OK, callEcho(proxy.get(), "b", &reply));
-    EXPECT_EQ(reply, "b");
-
     binder_host::failNextTransactions(STATUS_DEAD_OBJECT);
     binder_host::resetServiceManager();
+    EXPECT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient_.get(), &counter));
     EXPECT_EQ(STATUS_OK, callEcho(proxy.get(), "c", &reply)) << "a reset clears armed failures";
 }
 
@@ -259,22 +178,15 @@ TEST_F(ServiceTest, KillFromInsideATransactionDoesNotWait) {
     ASSERT_EQ(EX_NONE, AServiceManager_addService(local.get(), kName));
     ndk::SpAIBinder proxy(AServiceManager_checkService(kName));
     ASSERT_TRUE(AIBinder_associateClass(proxy.get(), clazz));
-    ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(onDied));
     DeathCounter counter;
-    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient.get(), &counter));
-
-    AParcel* in = nullptr;
-    ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
-    ndk::ScopedAParcel out;
-    EXPECT_EQ(STATUS_OK,
-              AIBinder_transact(proxy.get(), FIRST_CALL_TRANSACTION, &in, out.getR(), 0));
+    ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient_.get(), &counter));
+    EXPECT_EQ(STATUS_OK, call(proxy.get(), FIRST_CALL_TRANSACTION, nullptr));
     std::unique_lock<std::mutex> lock(counter.mutex);
     EXPECT_TRUE(counter.cv.wait_for(lock, 5s, [&] { return counter.died.load() == 1; }));
 }
 
 TEST_F(ServiceTest, ConcurrentClientsAndKill) {
-    EchoState& state = makeState();
-    ndk::SpAIBinder proxy = addEcho(&state);
+    ndk::SpAIBinder proxy = addEcho();
     std::vector<std::thread> clients;
     std::atomic<int> ok{0};
     std::atomic<int> dead{0};
@@ -285,27 +197,123 @@ TEST_F(ServiceTest, ConcurrentClientsAndKill) {
                 AIBinder* target = mine.get() != nullptr ? mine.get() : proxy.get();
                 AIBinder_associateClass(target, echoClass());
                 std::optional<std::string> reply;
-                binder_status_t s = callEcho(target, "c", &reply);
-                (s == STATUS_OK ? ok : dead)++;
+                (callEcho(target, "c", &reply) == STATUS_OK ? ok : dead)++;
             }
         });
     }
-    // Killed while the clients are calling, not before the first call or after the last.
-    const auto deadline = std::chrono::steady_clock::now() + 5s;
-    while (state.calls.load() == 0 && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(1ms);
+    // Killed while the clients are calling, not before the first call landed or after the last.
+    {
+        std::unique_lock<std::mutex> lock(state_.mutex);
+        EXPECT_TRUE(state_.cv.wait_for(lock, 5s, [&] { return state_.calls.load() > 0; }));
     }
     binder_host::killService(kName);
     for (auto& t : clients) t.join();
     EXPECT_EQ(200, ok.load() + dead.load());
-    EXPECT_EQ(ok.load(), state.calls.load());
+    EXPECT_EQ(ok.load(), state_.calls.load());
 }
 
-TEST(ThreadPool, StartIsIdempotent) {
-    EXPECT_TRUE(ABinderProcess_setThreadPoolMaxThreadCount(4));
-    ABinderProcess_startThreadPool();
-    ABinderProcess_startThreadPool();
-    EXPECT_TRUE(ABinderProcess_isThreadPoolStarted());
+// Calls through in-process proxies and reference counts.
+using TransactTest = ServiceTest;
+
+TEST_F(TransactTest, ProxyCallsReachTheServiceAndItsAnswer) {
+    ndk::SpAIBinder proxy = addEcho();
+    EXPECT_EQ(nullptr, AIBinder_getUserData(proxy.get()));
+    EXPECT_EQ(proxy.get(), ndk::SpAIBinder(AServiceManager_checkService(kName)).get());
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(proxy.get(), "h\xc3\xa9llo \xf0\x9f\x98\x80", &reply));
+    EXPECT_EQ("h\xc3\xa9llo \xf0\x9f\x98\x80", reply.value());
+    ndk::ScopedAParcel out;
+    EXPECT_EQ(STATUS_PERMISSION_DENIED, call(proxy.get(), kFail, nullptr, &out));
+    EXPECT_EQ(nullptr, out.get());
+    EXPECT_EQ(2, state_.calls.load());
+    std::lock_guard<std::mutex> lock(state_.mutex);
+    EXPECT_EQ(getpid(), state_.lastCallingPid);
+}
+
+// Neither codes outside the user range nor a token near the echo service's "test.vexal.IEcho"
+// but not it reach the service.
+TEST_F(TransactTest, CallsTheServiceCannotTakeNeverReachIt) {
+    ndk::SpAIBinder proxy = addEcho();
+    for (transaction_code_t code : {0u, 0x01000000u, 0xffffffffu}) {
+        AParcel* in = nullptr;
+        ASSERT_EQ(STATUS_OK, AIBinder_prepareTransaction(proxy.get(), &in));
+        AParcel* out = reinterpret_cast<AParcel*>(0x1);
+        EXPECT_EQ(STATUS_UNKNOWN_TRANSACTION, AIBinder_transact(proxy.get(), code, &in, &out, 0))
+                << code;
+        EXPECT_EQ(nullptr, in);
+        EXPECT_EQ(nullptr, out);
+    }
+    const std::string body = "74006500 73007400 2e007600 65007800 61006c00 2e004900 45006300 ";
+    for (const std::string& token : {
+                 "0f000000 " + body + "68000000",           // a prefix
+                 "10000000 " + body + "6800f300 00000000",  // not ASCII
+                 "10000000 " + body + "68006f00 41000000",  // no NUL
+                 std::string("ffffffff"),                   // null
+                 std::string(),                             // nothing
+         }) {
+        AParcel* in = parcelOf(unhex(token)).release();
+        ndk::ScopedAParcel out;
+        EXPECT_EQ(STATUS_BAD_TYPE, AIBinder_transact(proxy.get(), kEcho, &in, out.getR(), 0))
+                << token;
+    }
+    EXPECT_EQ(0, state_.calls.load());
+}
+
+TEST_F(TransactTest, OneWayCallsReturnAtOnceAndArriveInOrder) {
+    ndk::SpAIBinder proxy = addEcho();
+    EchoState& s = state_;
+    ndk::ScopedAParcel out;
+    ASSERT_EQ(STATUS_OK, call(proxy.get(), kBlock, nullptr, &out, FLAG_ONEWAY));
+    EXPECT_TRUE(out.get() == nullptr || AParcel_getDataSize(out.get()) == 0);
+    for (int32_t i = 0; i < 200; ++i) {
+        ASSERT_EQ(STATUS_OK, sendInt(proxy.get(), kRecord, i, nullptr, FLAG_ONEWAY));
+    }
+    std::unique_lock<std::mutex> lock(s.mutex);
+    // The blocking call reached the service on another thread and is still held there.
+    ASSERT_TRUE(s.cv.wait_for(lock, 5s, [&] { return s.blockedCallStarted; }));
+    EXPECT_FALSE(s.released);
+    s.released = true;
+    s.cv.notify_all();
+    ASSERT_TRUE(s.cv.wait_for(lock, 5s, [&] { return s.received.size() == 200; }));
+    for (int32_t i = 0; i < 200; ++i) EXPECT_EQ(i, s.received[static_cast<size_t>(i)]);
+}
+
+// Inputs the fuzz targets found.
+using FuzzRegressionTest = ServiceTest;
+
+// fuzz_trox_reply: a service failing call after call made the library drop its connection and
+// link a fresh recipient (deleting the old one) every time; the deleted links stayed on the
+// service's object, growing without bound and taking minutes to free at exit.
+TEST_F(FuzzRegressionTest, DeletedRecipientsDoNotPileUpOnALiveObject) {
+    binder_impl::DeathLinkList list;
+    int owner = 0;
+    for (int i = 0; i < 1000; ++i) {
+        auto state = std::make_shared<binder_impl::RecipientState>(onDied);
+        ASSERT_EQ(list.add({state, nullptr, reinterpret_cast<const AIBinder*>(&owner)}), STATUS_OK);
+        state->deleted = true;  // what AIBinder_DeathRecipient_delete does
+    }
+    auto live = std::make_shared<binder_impl::RecipientState>(onDied);
+    ASSERT_EQ(list.add({live, nullptr, reinterpret_cast<const AIBinder*>(&owner)}), STATUS_OK);
+    const std::vector<binder_impl::DeathLink> left = list.markDead();
+    ASSERT_EQ(left.size(), 1u);
+    EXPECT_EQ(left[0].recipient, live);
+    EXPECT_TRUE(list.markDead().empty()) << "a death is told once";
+}
+
+// The same pattern through the public calls: only the recipient still alive hears the death.
+TEST_F(FuzzRegressionTest, RelinkingAfterEachFailureStillDeliversOneDeath) {
+    ndk::SpAIBinder proxy = addEcho();
+    DeathCounter counter;
+    AIBinder_DeathRecipient* recipient = nullptr;
+    for (int i = 0; i < 20000; ++i) {
+        if (recipient != nullptr) AIBinder_DeathRecipient_delete(recipient);
+        recipient = AIBinder_DeathRecipient_new(onDied);
+        ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(proxy.get(), recipient, &counter));
+    }
+    ASSERT_TRUE(binder_host::killService(kName));
+    binder_host::drainNotifications();
+    EXPECT_EQ(1, counter.died.load());
+    AIBinder_DeathRecipient_delete(recipient);
 }
 
 }  // namespace
