@@ -382,6 +382,36 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
 
 // A service that gave binder no thread answers nothing: the call waits, as the driver holds it,
 // until the service starts its pool.
+TEST_F(SocketTest, ChannelsStayWithinTheServicesThreadLimit) {
+    ndk::SpAIBinder echo = startEcho();
+    std::vector<uint8_t> hello;
+    const int first = greeted(socketFile(), &hello);
+    ASSERT_GE(first, 0);
+    uint64_t key = 0;
+    memcpy(&key, hello.data() + 28, 8);
+    // Nothing has called the service yet, so no channel of the proxy holds a thread.
+    std::vector<int> channels;
+    for (int fd = 0; channels.size() < 40 && (fd = joined(socketFile(), key)) >= 0;) {
+        channels.push_back(fd);
+    }
+    EXPECT_EQ(17u, channels.size());
+    // A refused channel leaves the caller on the shared stream, not without an answer.
+    std::optional<std::string> reply;
+    ASSERT_EQ(STATUS_OK, callEcho(echo.get(), "while full", &reply));
+    EXPECT_EQ("while full", reply);
+
+    close(channels.back());
+    channels.back() = -1;
+    const auto deadline = std::chrono::steady_clock::now() + 5s;
+    while (channels.back() < 0 && std::chrono::steady_clock::now() < deadline) {
+        channels.back() = joined(socketFile(), key);
+        if (channels.back() < 0) std::this_thread::sleep_for(10ms);  // not yet: try again soon
+    }
+    EXPECT_GE(channels.back(), 0) << "a closed channel did not give its thread back";
+    for (int fd : channels) close(fd);
+    close(first);
+}
+
 TEST_F(SocketTest, CallsWaitUntilTheServiceGivesBinderAThread) {
     ndk::SpAIBinder echo = startEcho(kName, {"--pool-on-sigusr1"});
     auto answer = std::async(std::launch::async, [&echo] {
