@@ -13,13 +13,10 @@ namespace {
 TEST_F(E2eTest, CallbacksAndDeathNoticesWaitForTheProcessToGiveBinderAThread) {
     ASSERT_FALSE(ABinderProcess_isThreadPoolStarted());
     auto recorder = std::make_shared<Recorder>();
-    std::list<PymClient::Resource> watch{{kCluster1MinFreq, std::string()}};
-    const int listener = troxHalclient::troxResListeningRegister(watch, 0, recorder);
-    ASSERT_GT(listener, 0);
+    ResourceList watch{{kCluster1MinFreq, std::string()}};
+    ASSERT_GT(troxHalclient::troxResListeningRegister(watch, 0, recorder), 0);
     // Two-way calls need no thread of the caller's: the acquisition is answered.
-    const int32_t handle =
-            PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "launch", 0);
-    ASSERT_GT(handle, 0);
+    ASSERT_GT(PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "launch", 0), 0);
 
     ASSERT_TRUE(binder_host::waitForQueuedBinderWork(1, 5s)) << "troxd's callback never came in";
     EXPECT_EQ(recorder->calls(), 0u) << "a callback ran on a thread the process never gave binder";

@@ -5,7 +5,6 @@
 #include <binder_host/service_control.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,32 +13,17 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <sstream>
 #include <thread>
 
+#include "SpawnProgram.h"
 #include "halclient.h"
 #include "pym.h"
 
 namespace vexal::e2e {
-namespace {
 
-constexpr char kInstance[] = "vendor.vexal.hardware.trox.ITrox/default";
-
-// Cross builds run troxd through the same emulator as the test ("qemu-arm -L ..." allowed).
-std::vector<std::string> commandLine(const std::string& dir) {
-    std::vector<std::string> args;
-    if (const char* emulator = getenv("VEXAL_TEST_EMULATOR"); emulator != nullptr) {
-        std::istringstream words(emulator);
-        for (std::string word; words >> word;) args.push_back(word);
-    }
-    args.insert(args.end(), {TROXD_PATH, "--dir", dir});
-    return args;
-}
-
-}  // namespace
-
-Troxd::Troxd(std::string dir, std::string logPath) : logPath_(std::move(logPath)) {
-    std::vector<std::string> args = commandLine(dir);
+Troxd::Troxd(const std::string& dir, std::string logPath) : logPath_(std::move(logPath)) {
+    // Cross builds run troxd through the same emulator as the test.
+    std::vector<std::string> args = testing::withEmulator({TROXD_PATH, "--dir", dir});
     std::vector<char*> argv;
     for (std::string& a : args) argv.push_back(a.data());
     argv.push_back(nullptr);
@@ -61,16 +45,11 @@ Troxd::Troxd(std::string dir, std::string logPath) : logPath_(std::move(logPath)
     close(logFd);
 }
 
-Troxd::~Troxd() {
-    if (pid_ > 0) kill9();
-}
-
-int Troxd::stop(std::chrono::milliseconds grace) {
+int Troxd::stop() {
     if (pid_ <= 0) return -1;
     kill(pid_, SIGTERM);
     int status = 0;
-    const bool exited = pollUntil([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }, grace);
-    if (!exited) {
+    if (!pollUntil([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }, 5s)) {
         kill9();
         return -1;
     }
@@ -99,23 +78,13 @@ bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds time
     return true;
 }
 
-bool waitUntilServing(std::chrono::milliseconds timeout) {
-    return pollUntil(
-            [] {
-                ndk::SpAIBinder binder(AServiceManager_checkService(kInstance));
-                return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
-            },
-            timeout);
-}
-
-void Recorder::onCallback(Resources resources) {
+void Recorder::onCallback(ResourceList resources) {
     std::lock_guard<std::mutex> lock(mutex_);
     calls_.push_back(std::move(resources));
     cv_.notify_all();
 }
 
-std::optional<Recorder::Resources> Recorder::waitForCall(size_t n,
-                                                         std::chrono::milliseconds timeout) {
+std::optional<ResourceList> Recorder::waitForCall(size_t n, std::chrono::milliseconds timeout) {
     std::unique_lock<std::mutex> lock(mutex_);
     if (!cv_.wait_for(lock, timeout, [&] { return calls_.size() >= n; })) return std::nullopt;
     return calls_[n - 1];
@@ -126,24 +95,23 @@ size_t Recorder::calls() {
     return calls_.size();
 }
 
-std::vector<std::string> readPym(const std::vector<int32_t>& ids) {
+Values readPym(const std::vector<int32_t>& ids) {
     std::vector<PymClient::Resource> request;
     for (int32_t id : ids) request.push_back({id, std::nullopt});
-    std::vector<std::string> values;
+    Values values;
     const bool answered = PymMutiResStateRequest(request) > 0;
     for (const auto& r : request) values.push_back(answered && r.value ? *r.value : "<none>");
     return values;
 }
 
-std::vector<std::string> readClient(const std::vector<int32_t>& ids) {
-    std::list<PymClient::Resource> request;
+Values readClient(const std::vector<int32_t>& ids) {
+    ResourceList request, result;
     for (int32_t id : ids) request.push_back({id, std::string()});
-    std::list<PymClient::Resource> result;
     std::map<int32_t, std::string> byId;
     if (troxHalclient::troxResStateRequest(request, getpid(), result) > 0) {
         for (const auto& r : result) byId.emplace(r.id, r.value.value_or(""));
     }
-    std::vector<std::string> values;
+    Values values;
     for (int32_t id : ids) values.push_back(byId.count(id) ? byId[id] : "<none>");
     return values;
 }
@@ -151,9 +119,8 @@ std::vector<std::string> readClient(const std::vector<int32_t>& ids) {
 size_t countLines(const testing::LogCapture& capture, const std::string& tag,
                   const std::string& text) {
     size_t n = 0;
-    for (const auto& line : capture.linesWithTag(tag)) {
-        if (line.text.find(text) != std::string::npos) ++n;
-    }
+    for (const auto& line : capture.linesWithTag(tag))
+        n += line.text.find(text) != std::string::npos;
     return n;
 }
 
@@ -177,9 +144,8 @@ void E2eTest::SetUp() {
 void E2eTest::TearDown() {
     if (HasFailure()) {
         std::cerr << "library log:\n";
-        for (const auto& line : capture_->lines()) {
+        for (const auto& line : capture_->lines())
             std::cerr << "  " << line.priority << " " << line.tag << ": " << line.text << "\n";
-        }
     }
     if (troxd_ != nullptr && troxd_->pid() > 0) {
         capture_->clear();
@@ -199,9 +165,15 @@ void E2eTest::TearDown() {
 ::testing::AssertionResult E2eTest::startTroxd() {
     troxd_ = std::make_unique<Troxd>(dir_, dir_ + "/troxd-" + std::to_string(++starts_) + ".log");
     if (troxd_->pid() <= 0) return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
-    if (!waitUntilServing(10s)) {
+    const bool serving = pollUntil(
+            [] {
+                ndk::SpAIBinder binder(
+                        AServiceManager_checkService("vendor.vexal.hardware.trox.ITrox/default"));
+                return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
+            },
+            10s);
+    if (!serving)
         return ::testing::AssertionFailure() << "troxd does not answer:\n" << troxd_->log();
-    }
     return ::testing::AssertionSuccess();
 }
 

@@ -23,6 +23,8 @@
 namespace vexal::e2e {
 
 using namespace std::chrono_literals;
+using ResourceList = std::list<PymClient::Resource>;
+using Values = std::vector<std::string>;
 
 // Resource ids and values of sim/config/default.json.
 inline constexpr int32_t kCluster0MinFreq = 0x01010010;
@@ -38,17 +40,19 @@ inline constexpr char kPymTag[] = "[PYM_CLIENT]";
 inline constexpr char kClientTag[] = "TROXFramework-lib-vendor";
 inline constexpr char kDied[] = "Trox HAL Service died";
 
-// One troxd child. Killed with SIGKILL when the parent dies, so a crashed test leaves nothing.
+// One troxd child, its standard error in a file: it logs every resource change, more than a pipe
+// holds when nobody reads it. Killed with SIGKILL when the parent dies, so a crashed test leaves
+// nothing.
 class Troxd {
   public:
-    Troxd(std::string dir, std::string logPath);
-    ~Troxd();
+    Troxd(const std::string& dir, std::string logPath);
+    ~Troxd() { kill9(); }
     Troxd(const Troxd&) = delete;
     Troxd& operator=(const Troxd&) = delete;
 
     pid_t pid() const { return pid_; }
     // SIGTERM and reap; the exit status, or -1 when it had to be killed.
-    int stop(std::chrono::milliseconds grace = 5s);
+    int stop();
     // SIGKILL and reap.
     void kill9();
     std::string log() const;
@@ -58,36 +62,31 @@ class Troxd {
     std::string logPath_;
 };
 
-// Waits until dir's trox service answers a ping; false after the timeout.
-bool waitUntilServing(std::chrono::milliseconds timeout);
-
 // Records every call of an id-form callback.
 class Recorder : public IClientCallback {
   public:
-    using Resources = std::list<PymClient::Resource>;
-    void onCallback(Resources resources) override;
+    void onCallback(ResourceList resources) override;
     // The n-th call (1-based) once it has come, or nothing after the timeout.
-    std::optional<Resources> waitForCall(size_t n, std::chrono::milliseconds timeout = 5s);
+    std::optional<ResourceList> waitForCall(size_t n, std::chrono::milliseconds timeout = 5s);
     size_t calls();
 
   private:
     std::mutex mutex_;
     std::condition_variable cv_;
-    std::vector<Resources> calls_;
+    std::vector<ResourceList> calls_;
 };
 
-// Values of ids through the Event API; "<none>" for ids it did not fill.
-std::vector<std::string> readPym(const std::vector<int32_t>& ids);
-// Values of ids through the client class.
-std::vector<std::string> readClient(const std::vector<int32_t>& ids);
+// Values of ids through the Event API, and through the client class; "<none>" for ids not filled.
+Values readPym(const std::vector<int32_t>& ids);
+Values readClient(const std::vector<int32_t>& ids);
 
 size_t countLines(const testing::LogCapture& capture, const std::string& tag,
                   const std::string& text);
+// Polls cond every few milliseconds until it holds or the timeout passes.
+bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds timeout);
 // Polls the capture until tag has at least count lines containing text.
 bool waitForLines(const testing::LogCapture& capture, const std::string& tag,
                   const std::string& text, size_t count, std::chrono::milliseconds timeout);
-// Polls cond every few milliseconds until it holds or the timeout passes.
-bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds timeout);
 
 // Each test: a fresh private directory, troxd serving in it, both library connections made.
 class E2eTest : public ::testing::Test {
