@@ -21,7 +21,7 @@ TEST_F(E2eTest, CallbacksAndDeathNoticesWaitForTheProcessToGiveBinderAThread) {
     ASSERT_TRUE(binder_host::waitForQueuedBinderWork(1, 5s)) << "troxd's callback never came in";
     EXPECT_EQ(recorder->calls(), 0u) << "a callback ran on a thread the process never gave binder";
 
-    troxd_->kill9();
+    killTroxd();
     // The callback, then one death notice for each door's link.
     ASSERT_TRUE(binder_host::waitForQueuedBinderWork(3, 5s)) << "the death was not noticed";
     EXPECT_EQ(recorder->calls(), 0u);

@@ -21,54 +21,6 @@
 
 namespace vexal::e2e {
 
-Troxd::Troxd(const std::string& dir, std::string logPath) : logPath_(std::move(logPath)) {
-    // Cross builds run troxd through the same emulator as the test.
-    std::vector<std::string> args = testing::withEmulator({TROXD_PATH, "--dir", dir});
-    std::vector<char*> argv;
-    for (std::string& a : args) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    const int logFd = open(logPath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (logFd < 0) return;
-    const pid_t parent = getpid();
-    pid_ = fork();
-    if (pid_ == 0) {
-        // Only async-signal-safe calls until exec.
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent) _exit(127);
-        dup2(logFd, STDERR_FILENO);
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        execvp(argv[0], argv.data());
-        _exit(127);
-    }
-    close(logFd);
-}
-
-int Troxd::stop() {
-    if (pid_ <= 0) return -1;
-    kill(pid_, SIGTERM);
-    int status = 0;
-    if (!pollUntil([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }, 5s)) {
-        kill9();
-        return -1;
-    }
-    pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-void Troxd::kill9() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-    pid_ = -1;
-}
-
-std::string Troxd::log() const {
-    std::ifstream in(logPath_);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds timeout) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (!cond()) {
@@ -142,29 +94,48 @@ void E2eTest::SetUp() {
 }
 
 void E2eTest::TearDown() {
-    if (HasFailure()) {
-        std::cerr << "library log:\n";
-        for (const auto& line : capture_->lines())
-            std::cerr << "  " << line.priority << " " << line.tag << ": " << line.text << "\n";
-    }
-    if (troxd_ != nullptr && troxd_->pid() > 0) {
+    if (troxd_ > 0) {
         capture_->clear();
-        EXPECT_EQ(troxd_->stop(), 0) << "troxd did not stop cleanly on SIGTERM";
+        kill(troxd_, SIGTERM);
+        int status = -1;
+        EXPECT_TRUE(pollUntil([&] { return waitpid(troxd_, &status, WNOHANG) == troxd_; }, 5s));
+        EXPECT_EQ(status, 0) << "troxd did not stop cleanly on SIGTERM";
+        if (status != -1) troxd_ = -1;
+        killTroxd();
         // The library's death notices belong to this test, not to the next one.
         waitForLines(*capture_, kPymTag, kDied, 1, 2s);
         waitForLines(*capture_, kClientTag, kDied, 1, 2s);
         binder_host::drainNotifications();
     }
-    if (HasFailure() && troxd_ != nullptr) std::cerr << "troxd log:\n" << troxd_->log();
-    troxd_.reset();
+    if (HasFailure()) std::cerr << "troxd log:\n" << troxdLog();
     capture_.reset();
     std::error_code ignored;
     std::filesystem::remove_all(dir_, ignored);
 }
 
 ::testing::AssertionResult E2eTest::startTroxd() {
-    troxd_ = std::make_unique<Troxd>(dir_, dir_ + "/troxd-" + std::to_string(++starts_) + ".log");
-    if (troxd_->pid() <= 0) return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
+    const std::string log = dir_ + "/troxd-" + std::to_string(++starts_) + ".log";
+    // Cross builds run troxd through the same emulator as the test.
+    std::vector<std::string> args = testing::withEmulator({TROXD_PATH, "--dir", dir_});
+    std::vector<char*> argv;
+    for (std::string& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    const int logFd = open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const pid_t parent = getpid();
+    troxd_ = logFd < 0 ? -1 : fork();
+    if (troxd_ == 0) {
+        // Only async-signal-safe calls until exec.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent) _exit(127);
+        dup2(logFd, STDERR_FILENO);
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    if (logFd >= 0) close(logFd);
+    if (troxd_ <= 0) return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
     const bool serving = pollUntil(
             [] {
                 ndk::SpAIBinder binder(
@@ -172,13 +143,24 @@ void E2eTest::TearDown() {
                 return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
             },
             10s);
-    if (!serving)
-        return ::testing::AssertionFailure() << "troxd does not answer:\n" << troxd_->log();
+    if (!serving) return ::testing::AssertionFailure() << "troxd does not answer:\n" << troxdLog();
     return ::testing::AssertionSuccess();
 }
 
-::testing::AssertionResult E2eTest::connectBothDoors() {
-    // The Event API first: its death recipient is then the first one told.
+void E2eTest::killTroxd() {
+    if (troxd_ <= 0) return;
+    kill(troxd_, SIGKILL);
+    waitpid(troxd_, nullptr, 0);
+    troxd_ = -1;
+}
+
+std::string E2eTest::troxdLog() const {
+    std::ifstream in(dir_ + "/troxd-" + std::to_string(starts_) + ".log");
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+::testing::AssertionResult E2eTest::connectBothDoors() {  // The Event API first: its death
+                                                          // recipient is then the first one told.
     if (!pollUntil([] { return pymInit() == 0; }, 5s)) {
         return ::testing::AssertionFailure() << "pymInit() keeps failing";
     }

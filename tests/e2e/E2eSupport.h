@@ -40,28 +40,6 @@ inline constexpr char kPymTag[] = "[PYM_CLIENT]";
 inline constexpr char kClientTag[] = "TROXFramework-lib-vendor";
 inline constexpr char kDied[] = "Trox HAL Service died";
 
-// One troxd child, its standard error in a file: it logs every resource change, more than a pipe
-// holds when nobody reads it. Killed with SIGKILL when the parent dies, so a crashed test leaves
-// nothing.
-class Troxd {
-  public:
-    Troxd(const std::string& dir, std::string logPath);
-    ~Troxd() { kill9(); }
-    Troxd(const Troxd&) = delete;
-    Troxd& operator=(const Troxd&) = delete;
-
-    pid_t pid() const { return pid_; }
-    // SIGTERM and reap; the exit status, or -1 when it had to be killed.
-    int stop();
-    // SIGKILL and reap.
-    void kill9();
-    std::string log() const;
-
-  private:
-    pid_t pid_ = -1;
-    std::string logPath_;
-};
-
 // Records every call of an id-form callback.
 class Recorder : public IClientCallback {
   public:
@@ -94,16 +72,22 @@ class E2eTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    // Starts troxd (again) in this test's directory and waits until it answers.
+    // Starts troxd (again) in this test's directory and waits until it answers. Its standard
+    // error goes to a file: it logs every resource change, more than a pipe nobody reads holds.
+    // Killed with SIGKILL when the test process dies, so a crashed test leaves nothing.
     ::testing::AssertionResult startTroxd();
+    // SIGKILL and reap.
+    void killTroxd();
     // Both doors connected to the running troxd (a stale connection fails once, then reconnects).
     ::testing::AssertionResult connectBothDoors();
 
     std::string dir_;
-    std::unique_ptr<Troxd> troxd_;
     std::unique_ptr<testing::LogCapture> capture_;
 
   private:
+    std::string troxdLog() const;
+
+    pid_t troxd_ = -1;
     int starts_ = 0;
 };
 

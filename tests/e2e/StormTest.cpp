@@ -27,14 +27,72 @@ class OneShot : public IClientCallback {
 
 enum class Door { kEventApi, kOneWay, kClientClass, kRegistration, kOneShot };
 
-// One thread per door, each repeating its round until stopped; calls that answer count per phase.
+ResourceList inputBoost() {
+    return {{kInputBoost, std::string("3")}};
+}
+
+// One thread per door, each taking a hold, reading and letting go until stopped; calls that
+// answer count per phase.
 class Load {
   public:
+    struct Caller {
+        Door door;
+        std::function<int32_t()> take;  // a handle, -1 when it failed
+        std::function<bool()> read;
+        std::function<bool(int32_t)> letGo;
+        std::atomic<int> answered[2] = {};
+        std::atomic<int> failed{0};
+        std::thread thread;
+    };
+
     explicit Load(const std::vector<Door>& doors) {
-        for (Door door : doors) callers_.push_back(std::make_unique<Caller>(door));
-        for (auto& c : callers_) {
-            c->thread = std::thread([this, caller = c.get()] {
-                while (!stop_) round(*caller);
+        for (Door door : doors) {
+            auto& c = *callers_.emplace_back(std::make_unique<Caller>());
+            c.door = door;
+            c.read = [] { return true; };
+            c.letGo = [](int32_t h) { return troxHalclient::troxResCtlRelease(h) == 0; };
+            if (door == Door::kEventApi || door == Door::kOneWay) {
+                c.letGo = [](int32_t h) { return PymRelease(h), true; };
+            }
+            switch (door) {
+                case Door::kEventApi:
+                    c.take = [] { return PymEventAcquire(0, "com.e2e", "load", 0, {}); };
+                    c.read = [] { return readPym({kCluster1MinFreq})[0] != "<none>"; };
+                    break;
+                case Door::kOneWay:
+                    // Its release may overtake it, so that the acquisition stays until troxd dies.
+                    c.take = [] { return PymEventAcquireOneWay(0, "com.e2e", "oneway", 0, {}); };
+                    break;
+                case Door::kClientClass:
+                    c.take = [set = inputBoost()]() mutable {
+                        return troxHalclient::troxResCtlRequest(0, set, getpid());
+                    };
+                    c.read = [] { return readClient({kInputBoost})[0] != "<none>"; };
+                    break;
+                case Door::kRegistration:
+                    c.take = [set = inputBoost()]() mutable {
+                        return troxHalclient::troxResListeningRegister(
+                                set, getpid(), std::make_shared<Recorder>());
+                    };
+                    c.letGo = [](int32_t h) {
+                        return troxHalclient::troxResListeningUnRegister(h) == 0;
+                    };
+                    break;
+                case Door::kOneShot:
+                    c.take = [this, set = inputBoost()]() mutable {
+                        auto answer = std::make_shared<OneShot>();
+                        std::lock_guard<std::mutex> lock(mutex);
+                        oneShots.push_back(answer);
+                        return troxHalclient::troxResCtlRequest(-1, 0, set, -1, -1, getpid(),
+                                                                answer);
+                    };
+            }
+            c.thread = std::thread([this, &c] {
+                for (int32_t h = -1; !stop_;) {
+                    if (!timed(c, [&] { return (h = c.take()) > 0; })) continue;
+                    timed(c, c.read);
+                    timed(c, [&] { return c.letGo(h); });
+                }
             });
         }
     }
@@ -45,14 +103,6 @@ class Load {
             if (c->thread.joinable()) c->thread.join();
         }
     }
-
-    struct Caller {
-        explicit Caller(Door d) : door(d) {}
-        const Door door;
-        std::atomic<int> answered[2] = {};
-        std::atomic<int> failed{0};
-        std::thread thread;
-    };
     bool all(const std::function<bool(const Caller&)>& pred) const {
         return std::all_of(callers_.begin(), callers_.end(),
                            [&](const auto& c) { return pred(*c); });
@@ -71,61 +121,11 @@ class Load {
         const int64_t ms = std::chrono::duration_cast<std::chrono::milliseconds>(
                                    std::chrono::steady_clock::now() - start)
                                    .count();
-        int64_t seen = slowestMs;
-        while (ms > seen && !slowestMs.compare_exchange_weak(seen, ms)) {
+        for (int64_t seen = slowestMs; ms > seen && !slowestMs.compare_exchange_weak(seen, ms);) {
         }
         ++calls;
         ok ? ++caller.answered[phase] : ++caller.failed;
         return ok;
-    }
-
-    void round(Caller& c) {
-        int h = -1;
-        ResourceList set{{kInputBoost, std::string("3")}};
-        switch (c.door) {
-            case Door::kEventApi:
-                if (!timed(c,
-                           [&] { return (h = PymEventAcquire(0, "com.e2e", "load", 0, {})) > 0; }))
-                    return;
-                timed(c, [] { return readPym({kCluster1MinFreq})[0] != "<none>"; });
-                timed(c, [&] { return PymRelease(h), true; });
-                return;
-            case Door::kOneWay:
-                // Its release may overtake it, so that the acquisition stays until troxd dies.
-                if (timed(c, [&] {
-                        return (h = PymEventAcquireOneWay(0, "com.e2e", "oneway", 0, {})) >= 0;
-                    }))
-                    timed(c, [&] { return PymRelease(h), true; });
-                return;
-            case Door::kClientClass:
-                if (!timed(c, [&] {
-                        return (h = troxHalclient::troxResCtlRequest(0, set, getpid())) > 0;
-                    }))
-                    return;
-                timed(c, [] { return readClient({kInputBoost})[0] != "<none>"; });
-                timed(c, [&] { return troxHalclient::troxResCtlRelease(h) == 0; });
-                return;
-            case Door::kRegistration: {
-                auto listener = std::make_shared<Recorder>();
-                if (timed(c, [&] {
-                        return (h = troxHalclient::troxResListeningRegister(set, getpid(),
-                                                                            listener)) > 0;
-                    }))
-                    timed(c, [&] { return troxHalclient::troxResListeningUnRegister(h) == 0; });
-                return;
-            }
-            case Door::kOneShot: {
-                auto answer = std::make_shared<OneShot>();
-                std::shared_ptr<IClientCallback> callback = answer;
-                if (timed(c, [&] {
-                        return (h = troxHalclient::troxResCtlRequest(-1, 0, set, -1, -1, getpid(),
-                                                                     callback)) > 0;
-                    }))
-                    timed(c, [&] { return troxHalclient::troxResCtlRelease(h) == 0; });
-                std::lock_guard<std::mutex> lock(mutex);
-                oneShots.push_back(answer);
-            }
-        }
     }
 
     std::atomic<bool> stop_{false};
@@ -153,7 +153,7 @@ class KillTest : public E2eTest {
                 [&] { return load.all([](const auto& c) { return c.answered[0] >= 3; }); }, 10s));
 
         capture_->clear();
-        troxd_->kill9();
+        killTroxd();
         // The Event API does not wait for a service that is gone: its threads keep failing
         // while client-class calls wait for the declared service to come back.
         EXPECT_TRUE(pollUntil(
@@ -205,7 +205,7 @@ TEST_F(E2eTest, RepeatedKillsLeaveNoHangNoDoubleCallbackAndAWorkingLibrary) {
         const int before = storm.calls;
         ASSERT_TRUE(pollUntil([&] { return storm.calls >= before + 200; }, kCallBound))
                 << "no traffic before kill " << i;
-        troxd_->kill9();
+        killTroxd();
         ASSERT_TRUE(startTroxd()) << "restart " << i;
     }
     storm.stop();

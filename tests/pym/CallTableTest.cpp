@@ -141,12 +141,6 @@ std::vector<CallCase> callCases() {
                 [=] {
                     return multi({{1, "a"}, {2, "b"}, none4});
                 }),
-            row("MultiStateRepeatedIdsTakeTheFirstMatch", {entry(4, "first"), entry(4, "second")},
-                "2 4=first 4=first", state(0, {entry(4), entry(4)}),
-                multiIn + value("0x00000004", "first") + value("0x00000004", "first"),
-                [=] {
-                    return multi({none4, none4});
-                }),
             row("MultiStateEmptyReplyFails", {}, "-1 1=a", state(0, {entry(1)}),
                 multiIn + Lines{logError("failed to get resource value")},
                 [] {
@@ -160,8 +154,6 @@ std::vector<CallCase> callCases() {
                 [] { return single(0x0101); }),
             row("SingleStateNoMatch", {entry(0x0102, "9")}, "before", state(0, {entry(0x0101)}),
                 singleIn + noMatch, [] { return single(0x0101); }),
-            row("SingleStateMatchWithoutValue", {entry(0x0101)}, "before",
-                state(0, {entry(0x0101)}), singleIn, [] { return single(0x0101); }),
             row("SingleStatePowerConsistencyGoesThroughPowerConsis", {entry(kOp, "42")}, "42",
                 consisQuery, consis, [] { return single(kOp); }),
             row("SingleStatePowerConsistencyThrowsLeavingTheValue", {entry(kOp, "abc")},
@@ -174,25 +166,17 @@ std::vector<CallCase> callCases() {
                 consisQuery, consis, [] { return str(PymGetPowerConsis()); }),
             row("PowerConsisTooLarge", {entry(kOp, "99999999999")}, "out_of_range", consisQuery,
                 consis, [] { return escaping([] { return str(PymGetPowerConsis()); }); }),
-            row("PowerConsisEmptyText", {entry(kOp, "")}, "invalid_argument", consisQuery, consis,
-                [] { return escaping([] { return str(PymGetPowerConsis()); }); }),
             row("PowerConsisEmptyReply", {}, "bad_optional_access", consisQuery, consis,
                 [] { return escaping([] { return str(PymGetPowerConsis()); }); }),
             row("HistoryJoinsEveryExtra",
                 {entry(1, "v", "a"), entry(2, "w"), entry(3, std::nullopt, "")},
                 "0 start:a;none;;end", state(11),
                 historyIn + Lines{logDebug("get history successful: start:a;none;;end")}, history),
-            row("HistoryEmptyReply", {}, "-1 old", state(11),
-                historyIn + Lines{logError("failed to get history or return vector empty, data "
-                                           "vector size 0")},
-                history),
             row("PMStatusLeadingBlank", {entry(0, " 7"), entry(0, "8")}, "7 ", pmQuery, pm,
                 pmStatus),
             row("PMStatusTooLarge", {entry(0, "99999999999")},
                 "-1 Out of range exception: " + stoiWhat("99999999999") + "\n", pmQuery, pm,
                 pmStatus),
-            row("PMStatusNotANumber", {entry(0, "abc")},
-                "-1 Invalid argument exception: " + stoiWhat("abc") + "\n", pmQuery, pm, pmStatus),
             row("PMStatusFirstWithoutValue", {entry(0), entry(0, "1")}, "-1 ", pmQuery,
                 pm + Lines{logError(
                              "failed to get power mode status, mode -5, data vector size 2")},
@@ -203,8 +187,6 @@ std::vector<CallCase> callCases() {
                 feature + Lines{logError("failed to get resource value, 2")},
                 [] { return escaping([] { return str(PymGetFeatureStatus(0x30)); }); }),
             row("FeatureStatusWithoutValue", {entry(0x30)}, "bad_optional_access", featureQuery,
-                feature, [] { return escaping([] { return str(PymGetFeatureStatus(0x30)); }); }),
-            row("FeatureStatusNotANumber", {entry(0x30, "abc")}, "invalid_argument", featureQuery,
                 feature, [] { return escaping([] { return str(PymGetFeatureStatus(0x30)); }); }),
             row("FetchDatasetAppends", {entry(0x00000009FFFFFFFE, "a"), entry(7, "")},
                 "0 1=x 2=- -2=a 7= 4", state(16), fetch, dataset),

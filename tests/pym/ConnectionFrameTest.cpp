@@ -41,10 +41,6 @@ std::vector<FrameCase> frameCases() {
                   [] {
                       return str(PymEventAcquire(4, "p", "i", 1, {{1, "x"}}));
                   }),
-            frame("ResAcquire",
-                  {logInfo("PymResAcquire"),
-                   logInfo("PymEventAcquire, cmdid:-2, pkg:none, identity:i")},
-                  "-1", ctlFailed, "-1", [] { return str(PymResAcquire({}, 0, "i", 1)); }),
             // Resource lines come after connecting, so none here.
             frame("EventAcquireOneWay",
                   {logInfo("PymEventAcquireOneWay, cmdid:4, pkg:p, identity:i")}, "-1",
@@ -68,15 +64,9 @@ std::vector<FrameCase> frameCases() {
                   [] {
                       return multi({{1, "x"}});
                   }),
-            frame("ResState",
-                  {logInfo("PymResStateRequest enter"), logInfo("PymMutiResStateRequest enter")},
-                  "before", Lines{failedLine("PymMutiResStateRequest")}, "before",
-                  [] { return single(0x0101); }),
             // A failed power-consistency call throws instead; see FailedPowerConsis below.
             frame("PowerConsis", {logInfo("pym client PymGetPowerConsis")}, "-1", std::nullopt, "",
                   [] { return str(PymGetPowerConsis()); }),
-            frame("ResStatePowerConsistency", {logInfo("pym client PymGetPowerConsis")}, "-1",
-                  std::nullopt, "", [] { return single(kPowerConsistencyOpcode); }),
             frame("History", {logInfo("pym client PymGetHistory")}, "-1 old",
                   failing("PymGetHistory",
                           "failed to get history or return vector empty, data vector size 0"),

@@ -73,14 +73,12 @@ TEST_F(RandomHandleTest, EveryDrawReadsTheDeviceAndClearsTheTopBit) {
     };
     for (const Case& c :
          std::vector<Case>{{{40, 4, {0xFF, 0xFF, 0xFF, 0xFF}}, 2147483647, kFullDraw, {}},
-                           {{40, 4, {0x00, 0x00, 0x00, 0x80}}, 0, kFullDraw, {}},
                            {{40, 4, {0x78, 0x56, 0x34, 0x92}}, 0x12345678, kFullDraw, {}},
                            {{-13, 4, {}},
                             -1,
                             {kOpen},
                             {logError("pymClient open /dev/urandom failed: fd(-13) \n")}},
                            {{40, 3, {1, 2, 3, 4}}, -1, kFullDraw, {readFailed(3)}},
-                           {{40, 0, {1, 2, 3, 4}}, -1, kFullDraw, {readFailed(0)}},
                            {{40, -1, {}}, -1, kFullDraw, {readFailed(-1)}}}) {
         gDevice = c.device;
         gAsked.clear();
