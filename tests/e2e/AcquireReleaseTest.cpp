@@ -9,7 +9,7 @@
 namespace vexal::e2e {
 namespace {
 
-TEST_F(E2eTest, EventApiAndWrapperAcquisitionsHoldUntilReleased) {
+TEST_F(E2eTest, AcquisitionsOfBothDoorsMergeAndHoldUntilReleased) {
     const std::vector<int32_t> launchIds{kCluster1MinFreq, kCluster2MinFreq, kMembusMinFreq,
                                          kGpuMinFreq};
     const Values defaults{"710400", "844800", "547000", "220000"};
@@ -18,6 +18,12 @@ TEST_F(E2eTest, EventApiAndWrapperAcquisitionsHoldUntilReleased) {
     ASSERT_GT(launch, 0);
     // The other door reads the same model: nothing is kept on this side.
     EXPECT_EQ(readClient(launchIds), (Values{"1804800", "2400000", "1555000", "500000"}));
+    ResourceList higher{{kCluster1MinFreq, std::string("2000000")}};
+    const int handle = troxHalclient::troxResCtlRequest(0, higher, getpid());
+    ASSERT_GT(handle, 0);
+    EXPECT_EQ(readPym({kCluster1MinFreq}), Values{"2000000"});
+    EXPECT_EQ(troxHalclient::troxResCtlRelease(handle), 0);
+    EXPECT_EQ(readPym({kCluster1MinFreq}), Values{"1804800"});
     PymRelease(launch);
     EXPECT_EQ(readPym(launchIds), defaults);
 
@@ -32,22 +38,7 @@ TEST_F(E2eTest, EventApiAndWrapperAcquisitionsHoldUntilReleased) {
     ASSERT_GT(touch, 0);
     EXPECT_EQ(readPym({kCluster0MinFreq, kInputBoost}), (Values{"1209600", "2"}));
     PymReleaseWapper(touch);
-    EXPECT_EQ(readPym({kCluster0MinFreq, kInputBoost}), (Values{"300000", "0"}));
-}
-
-TEST_F(E2eTest, HoldersFromBothDoorsMergeAndTheLastReleaseRestores) {
-    const int32_t launch =
-            PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "l", 0);
-    ASSERT_GT(launch, 0);
-    ResourceList set{{kCluster1MinFreq, std::string("2000000")},
-                     {kGpuMinFreq, std::string("650000")}};
-    const int handle = troxHalclient::troxResCtlRequest(0, set, getpid());
-    ASSERT_GT(handle, 0);
-    EXPECT_EQ(readPym({kCluster1MinFreq, kGpuMinFreq}), (Values{"2000000", "650000"}));
-    EXPECT_EQ(troxHalclient::troxResCtlRelease(handle), 0);
-    EXPECT_EQ(readClient({kCluster1MinFreq, kGpuMinFreq}), (Values{"1804800", "500000"}));
-    PymReleaseWapper(launch);
-    EXPECT_EQ(readClient({kCluster1MinFreq, kGpuMinFreq}), (Values{"710400", "220000"}));
+    EXPECT_EQ(readClient({kCluster0MinFreq, kInputBoost}), (Values{"300000", "0"}));
 }
 
 }  // namespace

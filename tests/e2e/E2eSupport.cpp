@@ -30,23 +30,6 @@ bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds time
     return true;
 }
 
-void Recorder::onCallback(ResourceList resources) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    calls_.push_back(std::move(resources));
-    cv_.notify_all();
-}
-
-std::optional<ResourceList> Recorder::waitForCall(size_t n, std::chrono::milliseconds timeout) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (!cv_.wait_for(lock, timeout, [&] { return calls_.size() >= n; })) return std::nullopt;
-    return calls_[n - 1];
-}
-
-size_t Recorder::calls() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return calls_.size();
-}
-
 Values readPym(const std::vector<int32_t>& ids) {
     std::vector<PymClient::Resource> request;
     for (int32_t id : ids) request.push_back({id, std::nullopt});
@@ -96,11 +79,6 @@ void E2eTest::SetUp() {
 void E2eTest::TearDown() {
     if (troxd_ > 0) {
         capture_->clear();
-        kill(troxd_, SIGTERM);
-        int status = -1;
-        EXPECT_TRUE(pollUntil([&] { return waitpid(troxd_, &status, WNOHANG) == troxd_; }, 5s));
-        EXPECT_EQ(status, 0) << "troxd did not stop cleanly on SIGTERM";
-        if (status != -1) troxd_ = -1;
         killTroxd();
         // The library's death notices belong to this test, not to the next one.
         waitForLines(*capture_, kPymTag, kDied, 1, 2s);

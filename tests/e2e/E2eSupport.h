@@ -43,10 +43,17 @@ inline constexpr char kDied[] = "Trox HAL Service died";
 // Records every call of an id-form callback.
 class Recorder : public IClientCallback {
   public:
-    void onCallback(ResourceList resources) override;
+    void onCallback(ResourceList resources) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        calls_.push_back(std::move(resources));
+        cv_.notify_all();
+    }
     // The n-th call (1-based) once it has come, or nothing after the timeout.
-    std::optional<ResourceList> waitForCall(size_t n, std::chrono::milliseconds timeout = 5s);
-    size_t calls();
+    std::optional<ResourceList> waitForCall(size_t n, std::chrono::milliseconds timeout = 5s) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (!cv_.wait_for(lock, timeout, [&] { return calls_.size() >= n; })) return std::nullopt;
+        return calls_[n - 1];
+    }
 
   private:
     std::mutex mutex_;

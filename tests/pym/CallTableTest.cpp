@@ -59,7 +59,6 @@ std::vector<CallCase> callCases() {
     const auto consisQuery = sent(query, powerConsistencyParcel());
     const auto pmQuery = state(13, {entry(0xFFFFFFFB)});
     const auto featureQuery = state(17, {entry(0x30)});
-    const Resource none4{4, std::nullopt}, noneMinus5{-5, std::nullopt};
     const Data camera{entry(5), entry(0x01010100, "1500000"), entry(0x01020200, ""),
                       entry(0x01030300, "")};
     return {
@@ -67,17 +66,15 @@ std::vector<CallCase> callCases() {
                 sent(ctl, parcelOf(8, camera, 3000, "com.vexal.cam", "preview")),
                 {acquired("cmdid:5, pkg:com.vexal.cam, identity:preview")},
                 [] {
-                    return str(PymEventAcquire(5, "com.vexal.cam", "preview", 3000,
-                                               {{0x01010100, "1500000"},
-                                                {0x01020200, std::nullopt},
-                                                {0x01030300, ""}}));
+                    return str(
+                            PymEventAcquire(5, "com.vexal.cam", "preview", 3000,
+                                            list(r(0x01010100, "1500000"),
+                                                 r(0x01020200, std::nullopt), r(0x01030300, ""))));
                 }),
             row("NegativeIdsZeroExtended", {}, "-31",
                 sent(ctl, parcelOf(8, {entry(0xFFFFFFFB), entry(0xFFFFFFFB, "v")}, 10, "p", "i")),
                 {acquired("cmdid:-5, pkg:p, identity:i")},
-                [] {
-                    return str(PymEventAcquire(-5, "p", "i", 10, {{-5, "v"}}));
-                }),
+                [] { return str(PymEventAcquire(-5, "p", "i", 10, list(r(-5, "v")))); }),
             row("EmptyTextsLoggedAsNoneSentEmptyDurationSignExtended", {}, "-31",
                 sent(ctl, parcelOf(8, {entry(9)}, -2147483648LL, "", "")),
                 {acquired("cmdid:9, pkg:none, identity:none")},
@@ -86,14 +83,15 @@ std::vector<CallCase> callCases() {
                 sent(ctl, parcelOf(1, {entry(0x0101, "3"), entry(0x0202, "")}, 250, "", "id")),
                 {logInfo("PymResAcquire"), acquired("cmdid:-2, pkg:none, identity:id")},
                 [] {
-                    return str(
-                            PymResAcquire({{0x0101, "3"}, {0x0202, std::nullopt}}, 99, "id", 250));
+                    return str(PymResAcquire(list(r(0x0101, "3"), r(0x0202, std::nullopt)), 99,
+                                             "id", 250));
                 }),
             row("PlatformResAcquireTakesIdentityBeforePackage", {}, "-31",
                 sent(ctl, parcelOf(12, {entry(0x0303, "9")}, -40, "com.pkg", "id")),
                 {logInfo("PymPlatformResAcquire"), acquired("cmdid:-3, pkg:com.pkg, identity:id")},
                 [] {
-                    return str(PymPlatformResAcquire({{0x0303, "9"}}, 99, "id", "com.pkg", -40));
+                    return str(
+                            PymPlatformResAcquire(list(r(0x0303, "9")), 99, "id", "com.pkg", -40));
                 }),
             row("ReleaseSendsTheHandle", {}, "", sent("troxResCtlRelease", std::nullopt, {-4}),
                 {logInfo("PymRelease, handle:-4")}, [] { return PymRelease(-4), ""; }),
@@ -101,16 +99,12 @@ std::vector<CallCase> callCases() {
                 [] { return str(pymInit()); }),
             // One id entry per value, and the values' texts off the wire.
             row("NotifyTwoValues", {}, "-31", notified(Data(2, entry(0x0000000400000003))), notify,
-                [] {
-                    return str(PymNotify(3, 4, {5, 7}));
-                }),
+                [] { return str(PymNotify(3, 4, list(5, 7))); }),
             row("NotifyLowWordNotSignExtended", {}, "-31", notified({entry(0x00000000FFFFFFFF)}),
                 notify, [] { return str(PymNotify(-1, 0, {})); }),
             row("NotifyHighWordNegative", {}, "-31",
                 notified(Data(2, entry(static_cast<int64_t>(0xFFFFFFFF00000001u)))), notify,
-                [] {
-                    return str(PymNotify(1, -1, {9, 9}));
-                }),
+                [] { return str(PymNotify(1, -1, list(9, 9))); }),
             row("RelatedSysInfoLogsNothing", {}, "-31",
                 sent("setRelatedSysInfo", std::nullopt, {-6, INT_MAX}), {},
                 [] { return str(setRelatedSysInfo(-6, INT_MAX)); }),
@@ -119,33 +113,28 @@ std::vector<CallCase> callCases() {
                      {entry(0x010112F0, "enable 0"), entry(0x01011910, "0")}),
                 {logInfo("pymRuleCtl, ruleId:9, status:1")},
                 [] {
-                    return str(pymRuleCtl(9, 1, {{0x010112F0, "enable 0"}, {0x01011910, "0"}}));
+                    return str(
+                            pymRuleCtl(9, 1, list(r(0x010112F0, "enable 0"), r(0x01011910, "0"))));
                 }),
             row("RuleCtlMissingValuesSentEmpty", {}, "-31",
                 sent("troxRuleCtl", std::nullopt, {-3, -200},
                      {entry(5, ""), entry(0xFFFFFFFB, "")}),
                 {logInfo("pymRuleCtl, ruleId:-3, status:-200")},
-                [=] {
-                    return str(pymRuleCtl(-3, -200, {{5, std::nullopt}, noneMinus5}));
+                [] {
+                    return str(pymRuleCtl(-3, -200, list(r(5, std::nullopt), r(-5, std::nullopt))));
                 }),
             row("MultiStateMatchesByLowWordInCallerOrder",
                 {entry(0x2000, "20"), entry(0x00000007FFFFFFFB, "5")}, "2 4096=old -5=5 8192=20",
                 state(0, {entry(0x1000), entry(0xFFFFFFFB), entry(0x2000)}),
                 multiIn + noMatch + value("0xfffffffb", "5") + value("0x00002000", "20"),
-                [=] {
-                    return multi({{0x1000, "old"}, noneMinus5, {0x2000, "x"}});
-                }),
+                [] { return multi(list(r(0x1000, "old"), r(-5, std::nullopt), r(0x2000, "x"))); }),
             row("MultiStateSkipsAMatchWithoutValue", {entry(1), entry(2, ""), entry(3, "c")},
                 "1 1=a 2= 4=-", state(0, {entry(1), entry(2), entry(4)}),
                 multiIn + value("0x00000002", "") + noMatch,
-                [=] {
-                    return multi({{1, "a"}, {2, "b"}, none4});
-                }),
+                [] { return multi(list(r(1, "a"), r(2, "b"), r(4, std::nullopt))); }),
             row("MultiStateEmptyReplyFails", {}, "-1 1=a", state(0, {entry(1)}),
                 multiIn + Lines{logError("failed to get resource value")},
-                [] {
-                    return multi({{1, "a"}});
-                }),
+                [] { return multi(list(r(1, "a"))); }),
             row("MultiStateEmptyListNotSent", {}, "-1", RecordedCall(),
                 multiIn + Lines{logError("input resource is empty, return")},
                 [] { return multi({}); }),

@@ -38,16 +38,12 @@ std::vector<FrameCase> frameCases() {
                   [] { return str(pymInit()); }),
             frame("EventAcquire", {logInfo("PymEventAcquire, cmdid:4, pkg:p, identity:i")}, "-1",
                   ctlFailed, "-1",
-                  [] {
-                      return str(PymEventAcquire(4, "p", "i", 1, {{1, "x"}}));
-                  }),
+                  [] { return str(PymEventAcquire(4, "p", "i", 1, list(r(1, "x")))); }),
             // Resource lines come after connecting, so none here.
             frame("EventAcquireOneWay",
                   {logInfo("PymEventAcquireOneWay, cmdid:4, pkg:p, identity:i")}, "-1",
                   std::nullopt, "",
-                  [] {
-                      return str(PymEventAcquireOneWay(4, "p", "i", 1, {{1, "x"}}));
-                  }),
+                  [] { return str(PymEventAcquireOneWay(4, "p", "i", 1, list(r(1, "x")))); }),
             frame("Release", {logInfo("PymRelease, handle:7")}, "",
                   Lines{failedLine("troxResCtlRelease")}, "", [] { return PymRelease(7), ""; }),
             frame("Notify", {logInfo("PymNotify enter")}, "-1", Lines{failedLine("PymNotify")},
@@ -56,14 +52,10 @@ std::vector<FrameCase> frameCases() {
                   [] { return str(setRelatedSysInfo(1, 2)); }),
             frame("RuleCtl", {logInfo("pymRuleCtl, ruleId:3, status:4")}, "-1",
                   Lines{failedLine("pymRuleCtl")}, "-1",
-                  [] {
-                      return str(pymRuleCtl(3, 4, {{1, "x"}}));
-                  }),
+                  [] { return str(pymRuleCtl(3, 4, list(r(1, "x")))); }),
             frame("MultiState", {logInfo("PymMutiResStateRequest enter")}, "-1 1=x",
                   Lines{failedLine("PymMutiResStateRequest")}, "-1 1=x",
-                  [] {
-                      return multi({{1, "x"}});
-                  }),
+                  [] { return multi(list(r(1, "x"))); }),
             // A failed power-consistency call throws instead; see FailedPowerConsis below.
             frame("PowerConsis", {logInfo("pym client PymGetPowerConsis")}, "-1", std::nullopt, "",
                   [] { return str(PymGetPowerConsis()); }),
@@ -193,7 +185,7 @@ TEST_F(PymTest, ConcurrentCallsWithFailures) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < 40; ++i) {
                 if (i % 10 == t) fake().failNextCalls(1);
-                const int32_t result = (i % 2 == 0) ? PymEventAcquire(t, "p", "i", i, {{i, "v"}})
+                const int32_t result = (i % 2 == 0) ? PymEventAcquire(t, "p", "i", i, {r(i, "v")})
                                                     : pymRuleCtl(t, i, {});
                 if (result == 9) ++answered;
                 if (result != 9 && result != -1) ++unexpected;

@@ -102,6 +102,15 @@ inline Lines connectFailedLines(const std::string& why) {
     return {logError(why), logError("pym_get_trox_hal_and_link_to_death error:-1")};
 }
 
+// Lists built by calls rather than braces, which keep a one-line lambda on one line.
+inline Resource r(int32_t id, std::optional<std::string> value) {
+    return {id, std::move(value)};
+}
+template <typename T, typename... More>
+std::vector<T> list(T first, More... more) {
+    return {first, T(more)...};
+}
+
 // The calls with outputs, as one text: the result, then what the outputs hold afterwards.
 inline std::string str(int32_t value) {
     return std::to_string(value);

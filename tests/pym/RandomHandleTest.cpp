@@ -141,7 +141,7 @@ TEST_F(RandomHandleTest, OneWayAddsPidAndTheDrawnHandleAndLogsEachResource) {
 TEST_F(RandomHandleTest, FailedOneWayStillReturnsTheDrawnHandleAndReconnectsNextTime) {
     gDevice.bytes = {0x2A, 0x00, 0x00, 0x00};
     binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION);
-    EXPECT_EQ(PymEventAcquireOneWay(11, "p", "i", 5, {{3, "v"}}), 42);
+    EXPECT_EQ(PymEventAcquireOneWay(11, "p", "i", 5, {r(3, "v")}), 42);
     const LogLine entered = logInfo("PymEventAcquireOneWay, cmdid:11, pkg:p, identity:i");
     EXPECT_EQ(pymLines(),
               (Lines{entered, logDebug("PymEventAcquireOneWay res_Id:3 ,res_Value:v, "),

@@ -60,9 +60,7 @@ std::vector<TraceEvent> marker(std::string text) {
 
 TEST_F(PymTest, ZeroLengthSectionWhenTheTagIsOnNothingWhenOffAndBeforeConnecting) {
     const std::vector<std::pair<std::function<void()>, std::string>> calls = {
-            {[] {
-                 PymEventAcquire(5, "com.a", "id1", 3000, {{1, "2"}});
-             },
+            {[] { PymEventAcquire(5, "com.a", "id1", 3000, list(r(1, "2"))); },
              "PymEventAcquire  cmd_id:5 pkg:com.a identity:id1 duration:3000"},
             {[] { PymEventAcquire(-5, "", "", -1, {}); },
              "PymEventAcquire  cmd_id:-5 pkg:none identity:none duration:-1"},

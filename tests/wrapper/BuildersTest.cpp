@@ -38,8 +38,6 @@ TEST(BuildersTest, EveryTextGivesExactlyItsSettings) {
             {load, "0-80,-1,2-70", {{kLoad0, "80"}, {kLoad2, "70"}}},
             {load, "80,-1,70", {}},
             {load, "1-2-3", {{kLoad0, "2"}}},
-            {load, "---,,-", {}},
-            {load, " 80 ,x", {{kLoad0, " 80 "}, {kLoad1, "x"}}},
             {load, "1,2,3,4,5,6", {{kLoad0, "1"}, {kLoad1, "2"}, {kLoad2, "3"}}},
             {colo, "colocation:1,groupmigrate:5-3", {{kCo, "1"}, {kFrom, "5"}, {kTo, "3"}}},
             {colo, "groupmigrate:3-5", {}},
@@ -49,9 +47,7 @@ TEST(BuildersTest, EveryTextGivesExactlyItsSettings) {
             {colo, "groupmigrate:12ab-3", {{kFrom, "12"}, {kTo, "3"}}},
             {colo, "groupmigrate:99999999999-3", {}},
             {colo, "groupmigrate:7-2-1", {{kFrom, "7"}, {kTo, "2"}}},
-            {colo, "groupmigrate:-5", {}},
             {colo, "colocation:abc:def", {{kCo, "abc"}}},
-            {colo, "colocation:", {}},
             {colo, "Colocation:1, colocation:2,colocation :3,other:4", {}},
             {adp, "1,2,3,4;5,6,7,8;9,10,11,12;13,14,15,16",
              seq({b0, b1, b2, b3, l0, l1, l2, l3, f0, f1, f2, f3, q0, q1, q2, q3})},
@@ -59,9 +55,7 @@ TEST(BuildersTest, EveryTextGivesExactlyItsSettings) {
             {adp, "1,2,3,4,5,6", {{b0, "1"}, {b1, "2"}, {b2, "3"}, {b3, "4"}}},
             {adp, " 1 ,\t2\r\n", {{b0, "1"}, {b1, "2"}}},
             {adp, "1, ,2", {{b0, "1"}, {b1, ""}, {b2, "2"}}},
-            {adp, ";;1,2", {{b0, "1"}, {b1, "2"}}},
             {adp, "5;6;7;8", {}},
-            {adp, ",;,", {}},
     };
     for (const auto& c : cases) EXPECT_EQ(settingsOf(c.build(c.text)), c.expected) << c.text;
 }
@@ -74,25 +68,17 @@ TEST(BuildersTest, GameUpgradeReadsOnlyTheLevelAndTheText) {
 
 TEST(StringUtilsTest, ParseSplitAndTrim) {
     using namespace stringUtils;
-    using Tokens = std::vector<std::string>;
     EXPECT_TRUE(contains("abc", "") && !contains("", "a") && !contains("QUARNE", "QUARNE_"));
     EXPECT_FALSE(equals(std::string("a\0b", 3), std::string("a\0c", 3)) || equals("abc", "abc "));
-    for (const auto& [text, value] :
-         std::vector<std::pair<std::string, int32_t>>{{"12ab", 12},
-                                                      {"ab", 0},
-                                                      {" -7", -7},
-                                                      {"-2147483648", INT_MIN},
-                                                      {"2147483648", 0},
-                                                      {"-99999999999999999999", 0}}) {
-        EXPECT_EQ(parseInt(text), value) << text;
-    }
+    EXPECT_EQ((std::vector<int32_t>{parseInt("12ab"), parseInt("ab"), parseInt(" -7"),
+                                    parseInt("-2147483648"), parseInt("2147483648")}),
+              (std::vector<int32_t>{12, 0, -7, INT_MIN, 0}));
     EXPECT_EQ(valueOf(INT_MIN), "-2147483648");
-    EXPECT_EQ(trim(" \t a b \r\n", WHITESPACE), "a b");
-    EXPECT_EQ(trimLeft(" \t a b \n", WHITESPACE), "a b \n");
-    EXPECT_EQ(trimRight("xyaxy", "yx"), "xya");
-    EXPECT_EQ(split("a:b,,c;d;", ",;"), (Tokens{"a:b", "c", "d"}));
-    EXPECT_EQ(split("a,b", ""), (Tokens{"a,b"}));
-    EXPECT_EQ(split(",,,", ","), Tokens{});
+    EXPECT_EQ(trim(" \t a b \r\n", WHITESPACE) + "|" + trimLeft(" a ", WHITESPACE) + "|" +
+                      trimRight("xyaxy", "yx"),
+              "a b|a |xya");
+    EXPECT_EQ(split("a:b,,c;d;", ",;"), (std::vector<std::string>{"a:b", "c", "d"}));
+    EXPECT_EQ(split("a,b", ""), (std::vector<std::string>{"a,b"}));
 }
 
 }  // namespace
