@@ -30,7 +30,6 @@ using Values = std::vector<std::string>;
 inline constexpr int32_t kCluster0MinFreq = 0x01010010;
 inline constexpr int32_t kCluster1MinFreq = 0x01010020;
 inline constexpr int32_t kCluster2MinFreq = 0x01010030;
-inline constexpr int32_t kCluster1MinCores = 0x01010B20;
 inline constexpr int32_t kGpuMinFreq = 0x01020050;
 inline constexpr int32_t kMembusMinFreq = 0x01030010;
 inline constexpr int32_t kInputBoost = 0x01011070;
