@@ -154,9 +154,9 @@ std::vector<CallCase> callCases() {
             row("PowerConsisReadsTheFirstValue", {entry(1, " 42abc"), entry(kOp, "4")}, "42",
                 consisQuery, consis, [] { return str(PymGetPowerConsis()); }),
             row("PowerConsisTooLarge", {entry(kOp, "99999999999")}, "out_of_range", consisQuery,
-                consis, [] { return escaping([] { return str(PymGetPowerConsis()); }); }),
+                consis, [] { return str(PymGetPowerConsis()); }),
             row("PowerConsisEmptyReply", {}, "bad_optional_access", consisQuery, consis,
-                [] { return escaping([] { return str(PymGetPowerConsis()); }); }),
+                [] { return str(PymGetPowerConsis()); }),
             row("HistoryJoinsEveryExtra",
                 {entry(1, "v", "a"), entry(2, "w"), entry(3, std::nullopt, "")},
                 "0 start:a;none;;end", state(11),
@@ -171,12 +171,12 @@ std::vector<CallCase> callCases() {
                              "failed to get power mode status, mode -5, data vector size 2")},
                 pmStatus),
             row("FeatureStatusReadsTheOnlyEntry", {entry(0, " 7")}, "7", featureQuery, feature,
-                [] { return escaping([] { return str(PymGetFeatureStatus(0x30)); }); }),
+                [] { return str(PymGetFeatureStatus(0x30)); }),
             row("FeatureStatusTwoEntries", {entry(0x30, "1"), entry(0x30, "2")}, "-1", featureQuery,
                 feature + Lines{logError("failed to get resource value, 2")},
-                [] { return escaping([] { return str(PymGetFeatureStatus(0x30)); }); }),
+                [] { return str(PymGetFeatureStatus(0x30)); }),
             row("FeatureStatusWithoutValue", {entry(0x30)}, "bad_optional_access", featureQuery,
-                feature, [] { return escaping([] { return str(PymGetFeatureStatus(0x30)); }); }),
+                feature, [] { return str(PymGetFeatureStatus(0x30)); }),
             row("FetchDatasetAppends", {entry(0x00000009FFFFFFFE, "a"), entry(7, "")},
                 "0 1=x 2=- -2=a 7= 4", state(16), fetch, dataset),
             row("FetchDatasetEmptyReplyKeepsTheSet", {}, "0 1=x 2=- -1", state(16),
@@ -197,7 +197,7 @@ TEST_P(CallTableTest, SendsReturnsAndLogsExactly) {
         fake().setIntResult(method, -31);
     }
     fake().setStateReply(c.reply);
-    EXPECT_EQ(c.call(), c.result);
+    EXPECT_EQ(escaping(c.call), c.result);
     if (c.sent.method.empty()) {
         EXPECT_EQ(fake().callCount(), 0u);
     } else {

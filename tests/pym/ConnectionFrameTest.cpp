@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <thread>
-#include <tuple>
 
 namespace vexal::testing {
 namespace {
@@ -77,81 +76,62 @@ std::vector<FrameCase> frameCases() {
 
 using Start = FakeTroxService::Start;
 
-class NoConnectionTest : public ::testing::TestWithParam<std::tuple<FrameCase, Start>> {
+class FrameTest : public ::testing::TestWithParam<FrameCase> {
   protected:
-    LogCapture logs;
-    FakeTroxService service{std::get<1>(GetParam())};
+    LogCapture logs;  // outlives each service, whose death empties the connection
 };
 
-TEST_P(NoConnectionTest, FailsWithTheConnectLinesThenConnectsOnceTheServiceRuns) {
-    const FrameCase& c = std::get<0>(GetParam());
-    EXPECT_EQ(c.call(), c.noConnection);
-    EXPECT_EQ(logs.linesWithTag(kPymTag),
-              c.entry + connectFailedLines(
-                                std::get<1>(GetParam()) == Start::kNotDeclared
-                                        ? "Trox is not declared, AServiceManager_isDeclared:0"
-                                        : "Trox HAL Service not found"));
-
-    // Nothing of the failed attempt sticks: the next call connects and reaches the service.
-    service.start();
-    service.fake().setStateReply({entry(kPowerConsistencyOpcode, "1")});
-    c.call();
-    EXPECT_TRUE(service.fake().waitForCalls(1));
-    EXPECT_EQ(service.fake().callCount(), 1u);
-}
-
-INSTANTIATE_TEST_SUITE_P(Functions, NoConnectionTest,
-                         ::testing::Combine(::testing::ValuesIn(frameCases()),
-                                            ::testing::Values(Start::kNotDeclared,
-                                                              Start::kDeclaredOnly)),
-                         [](const auto& p) {
-                             return std::string(std::get<0>(p.param).name) +
-                                    (std::get<1>(p.param) == Start::kNotDeclared ? "NotDeclared"
-                                                                                 : "NotRunning");
-                         });
-
-std::vector<FrameCase> failingCases() {
-    std::vector<FrameCase> cases;
-    for (auto& c : frameCases()) {
-        if (c.failure) cases.push_back(std::move(c));
+TEST_P(FrameTest, FailsWithoutAServiceOrOnAFailedStatusAndTheNextCallConnectsAgain) {
+    const FrameCase& c = GetParam();
+    for (Start start : {Start::kNotDeclared, Start::kDeclaredOnly}) {
+        const bool declared = start == Start::kDeclaredOnly;
+        SCOPED_TRACE(declared ? "not running" : "not declared");
+        FakeTroxService service(start);
+        logs.clear();
+        EXPECT_EQ(c.call(), c.noConnection);
+        EXPECT_EQ(
+                logs.linesWithTag(kPymTag),
+                c.entry + connectFailedLines(
+                                  declared ? "Trox HAL Service not found"
+                                           : "Trox is not declared, AServiceManager_isDeclared:0"));
+        // Nothing of the failed attempt sticks: the next call connects and reaches the service.
+        service.start();
+        service.fake().setStateReply({entry(kPowerConsistencyOpcode, "1")});
+        c.call();
+        EXPECT_TRUE(service.fake().waitForCalls(1));
+        EXPECT_EQ(service.fake().callCount(), 1u);
     }
-    return cases;
-}
+    // A failed status comes either from the service or from the transport before the service.
+    for (bool byService : {true, false}) {
+        if (!c.failure) break;
+        SCOPED_TRACE(byService ? "failed by the service" : "failed by the transport");
+        FakeTroxService service;
+        FakeTrox& fake = service.fake();
+        logs.clear();
+        if (byService) {
+            fake.failNextCalls(1);
+        } else {
+            binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION);
+        }
+        EXPECT_EQ(c.call(), c.failed);
+        const size_t reached = byService ? 1 : 0;
+        EXPECT_EQ(fake.callCount(), reached);
+        EXPECT_EQ(logs.linesWithTag(kPymTag), c.entry + *c.failure);
 
-// A failed status comes either from the service or from the transport before the service.
-class FailedStatusTest : public PymTest,
-                         public ::testing::WithParamInterface<std::tuple<FrameCase, bool>> {};
-
-TEST_P(FailedStatusTest, LogsResetsAndTheNextCallReconnects) {
-    const auto& [c, byService] = GetParam();
-    if (byService) {
-        fake().failNextCalls(1);
-    } else {
-        binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION);
+        // The connection was dropped: the next call connects again, and a failing link shows it.
+        logs.clear();
+        binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
+        EXPECT_EQ(c.call(), c.noConnection);
+        EXPECT_EQ(logs.linesWithTag(kPymTag),
+                  c.entry + connectFailedLines("Unable to link to g_pym_hal death notifications!"));
+        EXPECT_EQ(fake.callCount(), reached);
+        c.call();
+        EXPECT_EQ(fake.callCount(), reached + 1) << "the call reaches the service again";
     }
-    EXPECT_EQ(c.call(), c.failed);
-    const size_t reached = byService ? 1 : 0;
-    EXPECT_EQ(fake().callCount(), reached);
-    EXPECT_EQ(pymLines(), c.entry + *c.failure);
-
-    // The connection was dropped: the next call connects again, and a failing link shows it.
-    logs.clear();
-    binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
-    EXPECT_EQ(c.call(), c.noConnection);
-    EXPECT_EQ(pymLines(),
-              c.entry + connectFailedLines("Unable to link to g_pym_hal death notifications!"));
-    EXPECT_EQ(fake().callCount(), reached);
-
-    c.call();
-    EXPECT_EQ(fake().callCount(), reached + 1) << "the call reaches the service again";
 }
 
-INSTANTIATE_TEST_SUITE_P(Functions, FailedStatusTest,
-                         ::testing::Combine(::testing::ValuesIn(failingCases()), ::testing::Bool()),
-                         [](const auto& p) {
-                             return std::string(std::get<0>(p.param).name) +
-                                    (std::get<1>(p.param) ? "ByService" : "ByTransport");
-                         });
+INSTANTIATE_TEST_SUITE_P(Functions, FrameTest, ::testing::ValuesIn(frameCases()),
+                         [](const auto& p) { return std::string(p.param.name); });
 
 TEST_F(PymTest, FailedPowerConsisThrowsAndKeepsTheConnection) {
     fake().setStateReply({entry(kPowerConsistencyOpcode, "5")});

@@ -90,52 +90,29 @@ TEST_F(RandomHandleTest, EveryDrawReadsTheDeviceAndClearsTheTopBit) {
 }
 
 TEST_F(RandomHandleTest, OneWayAddsPidAndTheDrawnHandleAndLogsEachResource) {
-    struct Case {
-        ScriptedDevice device;
-        int32_t handle;
-        int32_t cmdid;
-        std::string pkg;
-        std::vector<Resource> resources;
-        TroxRequestParcel parcel;
-        Lines lines;
-    };
-    const std::string res = "PymEventAcquireOneWay res_Id:";
-    for (Case& c : std::vector<Case>{
-                 {{40, 4, {0xEF, 0xBE, 0x00, 0x80}},
-                  0xBEEF,
-                  11,
-                  "p",
-                  {{3, "v"}, {-5, std::nullopt}},
-                  parcelOf(8, {entry(11), entry(3, "v"), entry(0xFFFFFFFB, "")}, 5, "p", "i"),
-                  {logInfo("PymEventAcquireOneWay, cmdid:11, pkg:p, identity:i"),
-                   logDebug(res + "3 ,res_Value:v, "), logDebug(res + "-5 ,res_Value:, ")}},
-                 {{-2, 4, {}},
-                  -1,
-                  -3,
-                  "",
-                  {{42, "x"}},
-                  parcelOf(12, {entry(42, "x")}, 5, "", "i"),
-                  {logInfo("PymEventAcquireOneWay, cmdid:-3, pkg:none, identity:i"),
-                   logError("pymClient open /dev/urandom failed: fd(-2) \n"),
-                   logDebug(res + "42 ,res_Value:x, ")}},
-                 {{40, 4, {7, 0, 0, 0}},
-                  7,
-                  -2,
-                  "q",
-                  {},
-                  parcelOf(1, {}, 5, "q", "i"),
-                  {logInfo("PymEventAcquireOneWay, cmdid:-2, pkg:q, identity:i")}}}) {
-        gDevice = c.device;
+    const auto check = [&](ScriptedDevice device, int32_t handle, int32_t cmdid,
+                           const std::string& pkg, const std::vector<Resource>& resources,
+                           TroxRequestParcel parcel, const Lines& lines) {
+        gDevice = device;
         logs.clear();
         fake().clearCalls();
-        EXPECT_EQ(PymEventAcquireOneWay(c.cmdid, c.pkg, "i", 5, c.resources), c.handle);
+        EXPECT_EQ(PymEventAcquireOneWay(cmdid, pkg, "i", 5, resources), handle);
         ASSERT_TRUE(fake().waitForCalls(1));
         // Outside a binder transaction the calling pid is this process.
-        c.parcel.pid = getpid();
-        c.parcel.handle = c.handle;
-        expectOnlyCall(fake(), "troxResCtlRequestOneWay", c.parcel);
-        EXPECT_EQ(pymLines(), c.lines);
-    }
+        parcel.pid = getpid();
+        parcel.handle = handle;
+        expectOnlyCall(fake(), "troxResCtlRequestOneWay", parcel);
+        EXPECT_EQ(pymLines(), lines);
+    };
+    const std::string res = "PymEventAcquireOneWay res_Id:";
+    check({40, 4, {0xEF, 0xBE, 0x00, 0x80}}, 0xBEEF, 11, "p", list(r(3, "v"), r(-5, std::nullopt)),
+          parcelOf(8, {entry(11), entry(3, "v"), entry(0xFFFFFFFB, "")}, 5, "p", "i"),
+          {logInfo("PymEventAcquireOneWay, cmdid:11, pkg:p, identity:i"),
+           logDebug(res + "3 ,res_Value:v, "), logDebug(res + "-5 ,res_Value:, ")});
+    check({-2, 4, {}}, -1, -3, "", list(r(42, "x")), parcelOf(12, {entry(42, "x")}, 5, "", "i"),
+          {logInfo("PymEventAcquireOneWay, cmdid:-3, pkg:none, identity:i"),
+           logError("pymClient open /dev/urandom failed: fd(-2) \n"),
+           logDebug(res + "42 ,res_Value:x, ")});
 }
 
 TEST_F(RandomHandleTest, FailedOneWayStillReturnsTheDrawnHandleAndReconnectsNextTime) {

@@ -5,17 +5,11 @@
 #include <climits>
 #include <mutex>
 
-namespace vexal::testing {
-namespace {
-
 // One trace call as libcutils would have received it: a begin with its text, or an end ("").
 using TraceEvent = std::pair<bool, std::string>;
 
-std::mutex gTraceMutex;
-std::vector<TraceEvent> gTraceEvents;
-
-}  // namespace
-}  // namespace vexal::testing
+static std::mutex gTraceMutex;
+static std::vector<TraceEvent> gTraceEvents;
 
 // The executable's definitions take precedence over libcutils' for the library's calls. The
 // host libcutils answers the tag query with "not ready", so the query is replaced as well and
@@ -25,13 +19,13 @@ extern "C" uint64_t atrace_get_enabled_tags() {
 }
 
 extern "C" void atrace_begin_body(const char* name) {
-    std::lock_guard<std::mutex> lock(vexal::testing::gTraceMutex);
-    vexal::testing::gTraceEvents.push_back({true, name});
+    std::lock_guard<std::mutex> lock(gTraceMutex);
+    gTraceEvents.push_back({true, name});
 }
 
 extern "C" void atrace_end_body() {
-    std::lock_guard<std::mutex> lock(vexal::testing::gTraceMutex);
-    vexal::testing::gTraceEvents.push_back({false, ""});
+    std::lock_guard<std::mutex> lock(gTraceMutex);
+    gTraceEvents.push_back({false, ""});
 }
 
 namespace vexal::testing {
@@ -66,8 +60,6 @@ TEST_F(PymTest, ZeroLengthSectionWhenTheTagIsOnNothingWhenOffAndBeforeConnecting
              "PymEventAcquire  cmd_id:-5 pkg:none identity:none duration:-1"},
             {[] { PymEventAcquireOneWay(6, "com.b", "id2", 10, {}); },
              "PymEventAcquireOneWay  cmd_id:6 pkg:com.b identity:id2 duration:10"},
-            {[] { PymResAcquire({}, 0, "id3", 4); },
-             "PymEventAcquire  cmd_id:-2 pkg:none identity:id3 duration:4"},
             {[] { PymPlatformResAcquire({}, 0, "id4", "pk", 4); },
              "PymEventAcquire  cmd_id:-3 pkg:pk identity:id4 duration:4"},
             {[] { PymRelease(-77); }, "PymRelease: -77"}};

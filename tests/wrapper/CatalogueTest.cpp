@@ -73,38 +73,26 @@ TEST_F(CatalogueTest, NamesResolveToTheirFirstPositionAndNearMissesToNothing) {
 }
 
 TEST_F(CatalogueTest, AcquireSendsTheActionIdWithoutResourcesAndLogsItsLine) {
-    struct Case {
-        std::string event, scene, identity;
-        int32_t timeout, id;
-        std::string logged;
-    };
-    for (const Case& c :
-         std::vector<Case>{{"QUARNE_ACTION_WFD", "com.app", "who", -300, 124,
-                            "eventId:QUARNE_ACTION_WFD, scene:com.app, identity:who, timeout:-300"},
-                           {"QUARNE_ACTION_LAUNCH", "", "", 0, 0,
-                            "eventId:QUARNE_ACTION_LAUNCH, scene:none, identity:none, timeout:0"},
-                           {"", "s", "i", 5, -1, "eventId:none, scene:s, identity:i, timeout:5"}}) {
-        fake().clearCalls();
-        logs.clear();
-        EXPECT_EQ(PymEventAcquireWrapper(c.event, c.scene, c.identity, c.timeout),
-                  c.id < 0 ? -1 : kHandle);
-        EXPECT_EQ(wrapperLines(),
-                  (std::vector<LogLine>{wrapperInfo("[PymEventAcquireWrapper] " + c.logged)}));
-        if (c.id < 0) {
-            EXPECT_EQ(fake().callCount(), 0u);
-            continue;
-        }
-        TroxRequestParcel expected;
-        expected.requestType = 8;
-        expected.requestData = {TroxRequestData{}};
-        expected.requestData[0].res_Id = c.id;
-        expected.identity = c.identity;
-        expected.duration = c.timeout;
-        expected.pkg = c.scene;
-        ASSERT_EQ(fake().callCount(), 1u);
-        EXPECT_EQ(fake().lastCall().method, "troxResCtlRequest");
-        EXPECT_EQ(fake().lastCall().parcel, expected);
-    }
+    EXPECT_EQ(PymEventAcquireWrapper("QUARNE_ACTION_WFD", "com.app", "who", -300), kHandle);
+    TroxRequestParcel expected;
+    expected.requestType = 8;
+    expected.requestData = {TroxRequestData{}};
+    expected.requestData[0].res_Id = 124;
+    expected.identity = "who";
+    expected.duration = -300;
+    expected.pkg = "com.app";
+    ASSERT_EQ(fake().callCount(), 1u);
+    EXPECT_EQ(fake().lastCall().method, "troxResCtlRequest");
+    EXPECT_EQ(fake().lastCall().parcel, expected);
+    // Empty texts are logged as none; an unknown name reaches nothing.
+    EXPECT_EQ(PymEventAcquireWrapper("", "", "", 0), -1);
+    EXPECT_EQ(fake().callCount(), 1u);
+    const std::string logged = "[PymEventAcquireWrapper] eventId:";
+    EXPECT_EQ(wrapperLines(),
+              (std::vector<LogLine>{
+                      wrapperInfo(logged +
+                                  "QUARNE_ACTION_WFD, scene:com.app, identity:who, timeout:-300"),
+                      wrapperInfo(logged + "none, scene:none, identity:none, timeout:0")}));
     service.kill();
     EXPECT_EQ(PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "s", "i", 5), -1);
 }
