@@ -140,20 +140,12 @@ inline std::string history() {
     return str(result) + " " + text;
 }
 
-// With what the call wrote on standard output.
+// With the start of what the call wrote on standard output (the rest is the library's text).
 inline std::string pmStatus() {
     ::testing::internal::CaptureStdout();
     const int32_t result = PymGetPMStatus(-5);
-    return str(result) + " " + ::testing::internal::GetCapturedStdout();
-}
-
-inline std::string stoiWhat(const std::string& text) {
-    try {
-        (void)std::stoi(text);
-    } catch (const std::exception& e) {
-        return e.what();
-    }
-    return "";
+    const std::string out = ::testing::internal::GetCapturedStdout();
+    return str(result) + " " + out.substr(0, out.find(':'));
 }
 
 // The type of what escapes `call`, or its result.
