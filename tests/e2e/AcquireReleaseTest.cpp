@@ -1,4 +1,5 @@
-// Acquire and release through each door; the values read back are the service's model.
+// Acquire and release through each door, the values read back being the service's model, and
+// callback objects of this process called by troxd.
 #include <unistd.h>
 
 #include "E2eSupport.h"
@@ -32,13 +33,46 @@ TEST_F(E2eTest, AcquisitionsOfBothDoorsMergeAndHoldUntilReleased) {
     EXPECT_EQ(readPym({kInputBoost}), Values{"7"});
     PymRelease(set);
 
-    EXPECT_EQ(PymEventAcquireWrapper("QUARNE_NO_SUCH_ACTION", "com.example.e2e", "x", 0), -1);
     const int32_t touch =
             PymEventAcquireWrapper("QUARNE_ACTION_TOUCH_BOOST", "com.example.e2e", "touch", 0);
     ASSERT_GT(touch, 0);
     EXPECT_EQ(readPym({kCluster0MinFreq, kInputBoost}), (Values{"1209600", "2"}));
     PymReleaseWapper(touch);
     EXPECT_EQ(readClient({kCluster0MinFreq, kInputBoost}), (Values{"300000", "0"}));
+}
+
+std::string only(const std::optional<ResourceList>& call) {
+    if (!call) return "no call";
+    std::string text;
+    for (const auto& r : *call) text += std::to_string(r.id) + "=" + r.value.value_or("-") + " ";
+    return text;
+}
+
+TEST_F(E2eTest, ListenersSeeEveryChangeAndARequestCallbackComesExactlyOnce) {
+    auto listener = std::make_shared<Recorder>();
+    ResourceList watch{{kCluster1MinFreq, std::string()}};
+    const int listening = troxHalclient::troxResListeningRegister(watch, 0, listener);
+    ASSERT_GT(listening, 0);
+    const int32_t launch =
+            PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "launch", 0);
+    ASSERT_GT(launch, 0);
+    EXPECT_EQ(only(listener->waitForCall(1)), std::to_string(kCluster1MinFreq) + "=1804800 ");
+    PymReleaseWapper(launch);
+    EXPECT_EQ(only(listener->waitForCall(2)), std::to_string(kCluster1MinFreq) + "=710400 ");
+    EXPECT_EQ(troxHalclient::troxResListeningUnRegister(listening), 0);
+
+    auto answer = std::make_shared<Recorder>();
+    ResourceList set{{kInputBoost, std::string("4")}};
+    const int handle = troxHalclient::troxResCtlRequest(-1, 0, set, -1, -1, getpid(), answer);
+    ASSERT_GT(handle, 0);
+    EXPECT_EQ(only(answer->waitForCall(1)), std::to_string(kInputBoost) + "=4 ");
+    // Later changes of the same resource are not its business.
+    EXPECT_EQ(troxHalclient::troxResCtlRelease(handle), 0);
+    const int again = troxHalclient::troxResCtlRequest(0, set, getpid());
+    ASSERT_GT(again, 0);
+    EXPECT_EQ(troxHalclient::troxResCtlRelease(again), 0);
+    EXPECT_FALSE(answer->waitForCall(2, 300ms)) << "the callback was called again";
+    EXPECT_FALSE(listener->waitForCall(3, 0ms)) << "an unregistered listener was called";
 }
 
 }  // namespace

@@ -60,12 +60,6 @@ TEST(BuildersTest, EveryTextGivesExactlyItsSettings) {
     for (const auto& c : cases) EXPECT_EQ(settingsOf(c.build(c.text)), c.expected) << c.text;
 }
 
-TEST(BuildersTest, GameUpgradeReadsOnlyTheLevelAndTheText) {
-    EXPECT_EQ(settingsOf(getGameUpgradeList(0, 0, 3, 0, 0, "pro")),
-              (Settings{{kCo, "3"}, {0x010115B0, "pro"}}));
-    EXPECT_EQ(settingsOf(getGameUpgradeList(9, 9, 0, 9, 9, "")), Settings{});
-}
-
 TEST(StringUtilsTest, ParseSplitAndTrim) {
     using namespace stringUtils;
     EXPECT_TRUE(contains("abc", "") && !contains("", "a") && !contains("QUARNE", "QUARNE_"));
