@@ -5,7 +5,6 @@
 #include <binder_host/service_control.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,6 +17,8 @@
 #include "SpawnProgram.h"
 #include "halclient.h"
 #include "pym.h"
+
+extern char** environ;
 
 namespace vexal::e2e {
 
@@ -93,27 +94,17 @@ void E2eTest::TearDown() {
 
 ::testing::AssertionResult E2eTest::startTroxd() {
     const std::string log = dir_ + "/troxd-" + std::to_string(++starts_) + ".log";
-    // Cross builds run troxd through the same emulator as the test.
-    std::vector<std::string> args = testing::withEmulator({TROXD_PATH, "--dir", dir_});
-    std::vector<char*> argv;
-    for (std::string& a : args) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    const int logFd = open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    const pid_t parent = getpid();
-    troxd_ = logFd < 0 ? -1 : fork();
-    if (troxd_ == 0) {
-        // Only async-signal-safe calls until exec.
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent) _exit(127);
-        dup2(logFd, STDERR_FILENO);
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        execvp(argv[0], argv.data());
-        _exit(127);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int spawned =
+            testing::spawnProgram(&troxd_, {TROXD_PATH, "--dir", dir_}, &actions, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0) {
+        troxd_ = -1;
+        return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
     }
-    if (logFd >= 0) close(logFd);
-    if (troxd_ <= 0) return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
     const bool serving = pollUntil(
             [] {
                 ndk::SpAIBinder binder(

@@ -80,7 +80,6 @@ class E2eTest : public ::testing::Test {
 
     // Starts troxd (again) in this test's directory and waits until it answers. Its standard
     // error goes to a file: it logs every resource change, more than a pipe nobody reads holds.
-    // Killed with SIGKILL when the test process dies, so a crashed test leaves nothing.
     ::testing::AssertionResult startTroxd();
     // SIGKILL and reap.
     void killTroxd();

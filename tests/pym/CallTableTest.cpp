@@ -170,8 +170,6 @@ std::vector<CallCase> callCases() {
             row("FeatureStatusTwoEntries", {entry(0x30, "1"), entry(0x30, "2")}, "-1", featureQuery,
                 feature + Lines{logError("failed to get resource value, 2")},
                 [] { return str(PymGetFeatureStatus(0x30)); }),
-            row("FeatureStatusWithoutValue", {entry(0x30)}, "bad_optional_access", featureQuery,
-                feature, [] { return str(PymGetFeatureStatus(0x30)); }),
             row("FetchDatasetAppends", {entry(0x00000009FFFFFFFE, "a"), entry(7, "")},
                 "0 1=x 2=- -2=a 7= 4", state(16), fetch, dataset),
             row("FetchDatasetEmptyReplyKeepsTheSet", {}, "0 1=x 2=- -1", state(16),
