@@ -31,6 +31,13 @@ bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds time
     return true;
 }
 
+std::string describe(const std::optional<ResourceList>& call) {
+    if (!call) return "no call";
+    std::string text;
+    for (const auto& r : *call) text += std::to_string(r.id) + "=" + r.value.value_or("-") + " ";
+    return text;
+}
+
 Values readPym(const std::vector<int32_t>& ids) {
     std::vector<PymClient::Resource> request;
     for (int32_t id : ids) request.push_back({id, std::nullopt});

@@ -27,7 +27,6 @@ using ResourceList = std::list<PymClient::Resource>;
 using Values = std::vector<std::string>;
 
 // Resource ids and values of sim/config/default.json.
-inline constexpr int32_t kCluster0MinFreq = 0x01010010;
 inline constexpr int32_t kCluster1MinFreq = 0x01010020;
 inline constexpr int32_t kCluster2MinFreq = 0x01010030;
 inline constexpr int32_t kGpuMinFreq = 0x01020050;
@@ -59,6 +58,9 @@ class Recorder : public IClientCallback {
     std::condition_variable cv_;
     std::vector<ResourceList> calls_;
 };
+
+// "id=value " for each resource of a call, or "no call".
+std::string describe(const std::optional<ResourceList>& call);
 
 // Values of ids through the Event API, and through the client class; "<none>" for ids not filled.
 Values readPym(const std::vector<int32_t>& ids);
