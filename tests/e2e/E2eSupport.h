@@ -28,9 +28,7 @@ using Values = std::vector<std::string>;
 
 // Resource ids and values of sim/config/default.json.
 inline constexpr int32_t kCluster1MinFreq = 0x01010020;
-inline constexpr int32_t kCluster2MinFreq = 0x01010030;
 inline constexpr int32_t kGpuMinFreq = 0x01020050;
-inline constexpr int32_t kMembusMinFreq = 0x01030010;
 inline constexpr int32_t kInputBoost = 0x01011070;
 inline constexpr int32_t kActionLaunch = 0;  // its position in the wrapper's catalogue too
 

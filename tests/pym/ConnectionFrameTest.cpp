@@ -145,15 +145,6 @@ TEST_F(PymTest, FailedPowerConsisThrowsAndKeepsTheConnection) {
     EXPECT_EQ(fake().callCount(), 2u);
 }
 
-TEST_F(PymTest, AfterTheServiceDiesTheNextCallReachesTheNewOne) {
-    ASSERT_EQ(pymInit(), 0);
-    service.restart();
-    EXPECT_EQ(pymInit(), 0);
-    EXPECT_EQ(fake().callCount(), 1u) << "the restarted service got the second call";
-    EXPECT_EQ(pymLines(), (Lines{logError("pymInit enter"), logError("Trox HAL Service died"),
-                                 logError("pymInit enter")}));
-}
-
 // Calls, failures and reconnects from several threads at once; sanitizer builds watch for races.
 TEST_F(PymTest, ConcurrentCallsWithFailures) {
     fake().setIntResult("troxResCtlRequest", 9);

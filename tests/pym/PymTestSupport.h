@@ -23,10 +23,6 @@ inline void PrintTo(const TroxRequestParcel& parcel, std::ostream* os) {
     *os << parcel.toString();
 }
 
-inline void PrintTo(const TroxRequestData& data, std::ostream* os) {
-    *os << data.toString();
-}
-
 }  // namespace aidl::vendor::vexal::hardware::trox
 
 namespace vexal::testing {
@@ -124,8 +120,7 @@ inline std::string show(int32_t result, const std::vector<Resource>& resources) 
 }
 
 inline std::string multi(std::vector<Resource> resources) {
-    const int32_t result = PymMutiResStateRequest(resources);
-    return show(result, resources);
+    return show(PymMutiResStateRequest(resources), resources);
 }
 
 inline std::string single(int32_t id) {
@@ -136,8 +131,7 @@ inline std::string single(int32_t id) {
 
 inline std::string history() {
     std::string text = "old";
-    const int32_t result = PymGetHistory(text);
-    return str(result) + " " + text;
+    return str(PymGetHistory(text)) + " " + text;
 }
 
 // With the start of what the call wrote on standard output (the rest is the library's text).
