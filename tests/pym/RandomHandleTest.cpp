@@ -59,6 +59,10 @@ class RandomHandleTest : public PymTest {
 const std::string kOpen = "open /dev/urandom " + std::to_string(O_RDONLY);
 const std::vector<std::string> kFullDraw{kOpen, "read 40 4", "close 40"};
 
+LogLine device(const std::string& call, const std::string& detail) {
+    return logError("pymClient " + call + " /dev/urandom failed" + detail + " \n");
+}
+
 // Bytes in memory order; the handle is the host-order number with bit 31 cleared.
 TEST_F(RandomHandleTest, EveryDrawReadsTheDeviceAndClearsTheTopBit) {
     struct Case {
@@ -70,14 +74,8 @@ TEST_F(RandomHandleTest, EveryDrawReadsTheDeviceAndClearsTheTopBit) {
     for (const Case& c :
          std::vector<Case>{{{40, 4, {0xFF, 0xFF, 0xFF, 0xFF}}, 2147483647, kFullDraw, {}},
                            {{40, 4, {0x78, 0x56, 0x34, 0x92}}, 0x12345678, kFullDraw, {}},
-                           {{-13, 4, {}},
-                            -1,
-                            {kOpen},
-                            {logError("pymClient open /dev/urandom failed: fd(-13) \n")}},
-                           {{40, 3, {1, 2, 3, 4}},
-                            -1,
-                            kFullDraw,
-                            {logError("pymClient read /dev/urandom failed,len(3) \n")}}}) {
+                           {{-13, 4, {}}, -1, {kOpen}, {device("open", ": fd(-13)")}},
+                           {{40, 3, {1, 2, 3, 4}}, -1, kFullDraw, {device("read", ",len(3)")}}}) {
         gDevice = c.device;
         gAsked.clear();
         logs.clear();
