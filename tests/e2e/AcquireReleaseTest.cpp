@@ -1,4 +1,5 @@
-// Acquire and release through each door; the values read back are the service's model.
+// Acquire and release through each door, the values read back being the service's model, and
+// callback objects of this process called by troxd.
 #include <unistd.h>
 
 #include "E2eSupport.h"
@@ -9,65 +10,49 @@
 namespace vexal::e2e {
 namespace {
 
-using Values = std::vector<std::string>;
-using ResourceList = std::list<PymClient::Resource>;
-
-const std::vector<int32_t> kLaunchIds{kCluster1MinFreq, kCluster2MinFreq, kMembusMinFreq,
-                                      kGpuMinFreq};
-const Values kLaunchDefaults{"710400", "844800", "547000", "220000"};
-const Values kLaunchBoosted{"1804800", "2400000", "1555000", "500000"};
-
-TEST_F(E2eTest, EventApiAcquisitionBoostsUntilReleased) {
-    ASSERT_EQ(readPym(kLaunchIds), kLaunchDefaults);
-    const int32_t handle = PymEventAcquire(kActionLaunch, "com.example.e2e", "launch", 0, {});
-    ASSERT_GT(handle, 0);
-    EXPECT_EQ(readPym(kLaunchIds), kLaunchBoosted);
-    // The other door reads the same model: nothing is kept on this side.
-    EXPECT_EQ(readClient(kLaunchIds), kLaunchBoosted);
-    PymRelease(handle);
-    EXPECT_EQ(readPym(kLaunchIds), kLaunchDefaults);
-}
-
-TEST_F(E2eTest, EventApiResourceAcquisitionSetsTheGivenValue) {
-    const int32_t handle = PymResAcquire({{kInputBoost, std::string("7")}}, 0, "e2e", 0);
-    ASSERT_GT(handle, 0);
-    EXPECT_EQ(readPym({kInputBoost}), Values{"7"});
-    PymRelease(handle);
-    EXPECT_EQ(readPym({kInputBoost}), Values{"0"});
-}
-
-TEST_F(E2eTest, WrapperAcquiresAConfiguredActionByName) {
-    EXPECT_EQ(PymEventAcquireWrapper("QUARNE_NO_SUCH_ACTION", "com.example.e2e", "x", 0), -1);
-    const int32_t handle =
-            PymEventAcquireWrapper("QUARNE_ACTION_TOUCH_BOOST", "com.example.e2e", "touch", 0);
-    ASSERT_GT(handle, 0);
-    EXPECT_EQ(readPym({kCluster0MinFreq, kInputBoost}), (Values{"1209600", "2"}));
-    PymReleaseWapper(handle);
-    EXPECT_EQ(readPym({kCluster0MinFreq, kInputBoost}), (Values{"300000", "0"}));
-}
-
-TEST_F(E2eTest, ClientClassControlIsReadBackThroughBothDoors) {
-    ResourceList set{{kCluster1MinCores, std::string("3")}, {kGpuMinFreq, std::string("650000")}};
-    const int handle = troxHalclient::troxResCtlRequest(0, set, getpid());
-    ASSERT_GT(handle, 0);
-    EXPECT_EQ(readClient({kCluster1MinCores, kGpuMinFreq}), (Values{"3", "650000"}));
-    EXPECT_EQ(readPym({kCluster1MinCores, kGpuMinFreq}), (Values{"3", "650000"}));
-    EXPECT_EQ(troxHalclient::troxResCtlRelease(handle), 0);
-    EXPECT_EQ(readClient({kCluster1MinCores, kGpuMinFreq}), (Values{"0", "220000"}));
-}
-
-TEST_F(E2eTest, HoldersFromBothDoorsMergeAndTheLastReleaseRestores) {
-    const int32_t launch =
-            PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "l", 0);
+TEST_F(E2eTest, AcquisitionsOfBothDoorsMergeAndHoldUntilReleased) {
+    const std::vector<int32_t> launchIds{kCluster1MinFreq, kGpuMinFreq};
+    const Values defaults{"710400", "220000"};
+    ASSERT_EQ(readPym(launchIds), defaults);
+    const int32_t launch = PymEventAcquire(kActionLaunch, "com.example.e2e", "launch", 0, {});
     ASSERT_GT(launch, 0);
+    // The other door reads the same model: nothing is kept on this side.
+    EXPECT_EQ(readClient(launchIds), (Values{"1804800", "500000"}));
     ResourceList higher{{kCluster1MinFreq, std::string("2000000")}};
     const int handle = troxHalclient::troxResCtlRequest(0, higher, getpid());
     ASSERT_GT(handle, 0);
-    EXPECT_EQ(readClient({kCluster1MinFreq}), Values{"2000000"});
+    EXPECT_EQ(readPym({kCluster1MinFreq}), Values{"2000000"});
     EXPECT_EQ(troxHalclient::troxResCtlRelease(handle), 0);
-    EXPECT_EQ(readClient({kCluster1MinFreq}), Values{"1804800"});
+    EXPECT_EQ(readPym({kCluster1MinFreq}), Values{"1804800"});
+    PymRelease(launch);
+    EXPECT_EQ(readPym(launchIds), defaults);
+}
+
+TEST_F(E2eTest, ListenersSeeEveryChangeAndARequestCallbackComesExactlyOnce) {
+    auto listener = std::make_shared<Recorder>();
+    ResourceList watch{{kCluster1MinFreq, std::string()}};
+    const int listening = troxHalclient::troxResListeningRegister(watch, 0, listener);
+    ASSERT_GT(listening, 0);
+    const int32_t launch =
+            PymEventAcquireWrapper("QUARNE_ACTION_LAUNCH", "com.example.e2e", "launch", 0);
+    ASSERT_GT(launch, 0);
+    EXPECT_EQ(describe(listener->waitForCall(1)), std::to_string(kCluster1MinFreq) + "=1804800 ");
     PymReleaseWapper(launch);
-    EXPECT_EQ(readClient({kCluster1MinFreq}), Values{"710400"});
+    EXPECT_EQ(describe(listener->waitForCall(2)), std::to_string(kCluster1MinFreq) + "=710400 ");
+    EXPECT_EQ(troxHalclient::troxResListeningUnRegister(listening), 0);
+
+    auto answer = std::make_shared<Recorder>();
+    ResourceList set{{kInputBoost, std::string("4")}};
+    const int handle = troxHalclient::troxResCtlRequest(-1, 0, set, -1, -1, getpid(), answer);
+    ASSERT_GT(handle, 0);
+    EXPECT_EQ(describe(answer->waitForCall(1)), std::to_string(kInputBoost) + "=4 ");
+    // Later changes of the same resource are not its business.
+    EXPECT_EQ(troxHalclient::troxResCtlRelease(handle), 0);
+    const int again = troxHalclient::troxResCtlRequest(0, set, getpid());
+    ASSERT_GT(again, 0);
+    EXPECT_EQ(troxHalclient::troxResCtlRelease(again), 0);
+    EXPECT_FALSE(answer->waitForCall(2, 300ms)) << "the callback was called again";
+    EXPECT_FALSE(listener->waitForCall(3, 0ms)) << "an unregistered listener was called";
 }
 
 }  // namespace

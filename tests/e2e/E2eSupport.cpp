@@ -5,8 +5,6 @@
 #include <binder_host/service_control.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <stdlib.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,81 +12,15 @@
 #include <fstream>
 #include <iostream>
 #include <map>
-#include <sstream>
 #include <thread>
 
+#include "SpawnProgram.h"
 #include "halclient.h"
 #include "pym.h"
 
+extern char** environ;
+
 namespace vexal::e2e {
-namespace {
-
-constexpr char kInstance[] = "vendor.vexal.hardware.trox.ITrox/default";
-
-// Cross builds run troxd through the same emulator as the test ("qemu-arm -L ..." allowed).
-std::vector<std::string> commandLine(const std::string& dir) {
-    std::vector<std::string> args;
-    if (const char* emulator = getenv("VEXAL_TEST_EMULATOR"); emulator != nullptr) {
-        std::istringstream words(emulator);
-        for (std::string word; words >> word;) args.push_back(word);
-    }
-    args.insert(args.end(), {TROXD_PATH, "--dir", dir});
-    return args;
-}
-
-}  // namespace
-
-Troxd::Troxd(std::string dir, std::string logPath) : logPath_(std::move(logPath)) {
-    std::vector<std::string> args = commandLine(dir);
-    std::vector<char*> argv;
-    for (std::string& a : args) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    const int logFd = open(logPath_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (logFd < 0) return;
-    const pid_t parent = getpid();
-    pid_ = fork();
-    if (pid_ == 0) {
-        // Only async-signal-safe calls until exec.
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent) _exit(127);
-        dup2(logFd, STDERR_FILENO);
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        execvp(argv[0], argv.data());
-        _exit(127);
-    }
-    close(logFd);
-}
-
-Troxd::~Troxd() {
-    if (pid_ > 0) kill9();
-}
-
-int Troxd::stop(std::chrono::milliseconds grace) {
-    if (pid_ <= 0) return -1;
-    kill(pid_, SIGTERM);
-    int status = 0;
-    const bool exited = pollUntil([&] { return waitpid(pid_, &status, WNOHANG) == pid_; }, grace);
-    if (!exited) {
-        kill9();
-        return -1;
-    }
-    pid_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-void Troxd::kill9() {
-    if (pid_ <= 0) return;
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-    pid_ = -1;
-}
-
-std::string Troxd::log() const {
-    std::ifstream in(logPath_);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds timeout) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
@@ -99,51 +31,30 @@ bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds time
     return true;
 }
 
-bool waitUntilServing(std::chrono::milliseconds timeout) {
-    return pollUntil(
-            [] {
-                ndk::SpAIBinder binder(AServiceManager_checkService(kInstance));
-                return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
-            },
-            timeout);
+std::string describe(const std::optional<ResourceList>& call) {
+    if (!call) return "no call";
+    std::string text;
+    for (const auto& r : *call) text += std::to_string(r.id) + "=" + r.value.value_or("-") + " ";
+    return text;
 }
 
-void Recorder::onCallback(Resources resources) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    calls_.push_back(std::move(resources));
-    cv_.notify_all();
-}
-
-std::optional<Recorder::Resources> Recorder::waitForCall(size_t n,
-                                                         std::chrono::milliseconds timeout) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (!cv_.wait_for(lock, timeout, [&] { return calls_.size() >= n; })) return std::nullopt;
-    return calls_[n - 1];
-}
-
-size_t Recorder::calls() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return calls_.size();
-}
-
-std::vector<std::string> readPym(const std::vector<int32_t>& ids) {
+Values readPym(const std::vector<int32_t>& ids) {
     std::vector<PymClient::Resource> request;
     for (int32_t id : ids) request.push_back({id, std::nullopt});
-    std::vector<std::string> values;
+    Values values;
     const bool answered = PymMutiResStateRequest(request) > 0;
     for (const auto& r : request) values.push_back(answered && r.value ? *r.value : "<none>");
     return values;
 }
 
-std::vector<std::string> readClient(const std::vector<int32_t>& ids) {
-    std::list<PymClient::Resource> request;
+Values readClient(const std::vector<int32_t>& ids) {
+    ResourceList request, result;
     for (int32_t id : ids) request.push_back({id, std::string()});
-    std::list<PymClient::Resource> result;
     std::map<int32_t, std::string> byId;
     if (troxHalclient::troxResStateRequest(request, getpid(), result) > 0) {
         for (const auto& r : result) byId.emplace(r.id, r.value.value_or(""));
     }
-    std::vector<std::string> values;
+    Values values;
     for (int32_t id : ids) values.push_back(byId.count(id) ? byId[id] : "<none>");
     return values;
 }
@@ -151,9 +62,8 @@ std::vector<std::string> readClient(const std::vector<int32_t>& ids) {
 size_t countLines(const testing::LogCapture& capture, const std::string& tag,
                   const std::string& text) {
     size_t n = 0;
-    for (const auto& line : capture.linesWithTag(tag)) {
-        if (line.text.find(text) != std::string::npos) ++n;
-    }
+    for (const auto& line : capture.linesWithTag(tag))
+        n += line.text.find(text) != std::string::npos;
     return n;
 }
 
@@ -175,38 +85,58 @@ void E2eTest::SetUp() {
 }
 
 void E2eTest::TearDown() {
-    if (HasFailure()) {
-        std::cerr << "library log:\n";
-        for (const auto& line : capture_->lines()) {
-            std::cerr << "  " << line.priority << " " << line.tag << ": " << line.text << "\n";
-        }
-    }
-    if (troxd_ != nullptr && troxd_->pid() > 0) {
+    if (troxd_ > 0) {
         capture_->clear();
-        EXPECT_EQ(troxd_->stop(), 0) << "troxd did not stop cleanly on SIGTERM";
+        killTroxd();
         // The library's death notices belong to this test, not to the next one.
         waitForLines(*capture_, kPymTag, kDied, 1, 2s);
         waitForLines(*capture_, kClientTag, kDied, 1, 2s);
         binder_host::drainNotifications();
     }
-    if (HasFailure() && troxd_ != nullptr) std::cerr << "troxd log:\n" << troxd_->log();
-    troxd_.reset();
+    if (HasFailure()) std::cerr << "troxd log:\n" << troxdLog();
     capture_.reset();
     std::error_code ignored;
     std::filesystem::remove_all(dir_, ignored);
 }
 
 ::testing::AssertionResult E2eTest::startTroxd() {
-    troxd_ = std::make_unique<Troxd>(dir_, dir_ + "/troxd-" + std::to_string(++starts_) + ".log");
-    if (troxd_->pid() <= 0) return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
-    if (!waitUntilServing(10s)) {
-        return ::testing::AssertionFailure() << "troxd does not answer:\n" << troxd_->log();
+    const std::string log = dir_ + "/troxd-" + std::to_string(++starts_) + ".log";
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int spawned =
+            testing::spawnProgram(&troxd_, {TROXD_PATH, "--dir", dir_}, &actions, environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0) {
+        troxd_ = -1;
+        return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
     }
+    const bool serving = pollUntil(
+            [] {
+                ndk::SpAIBinder binder(
+                        AServiceManager_checkService("vendor.vexal.hardware.trox.ITrox/default"));
+                return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
+            },
+            10s);
+    if (!serving) return ::testing::AssertionFailure() << "troxd does not answer:\n" << troxdLog();
     return ::testing::AssertionSuccess();
 }
 
-::testing::AssertionResult E2eTest::connectBothDoors() {
-    // The Event API first: its death recipient is then the first one told.
+void E2eTest::killTroxd() {
+    if (troxd_ <= 0) return;
+    kill(troxd_, SIGKILL);
+    waitpid(troxd_, nullptr, 0);
+    troxd_ = -1;
+}
+
+std::string E2eTest::troxdLog() const {
+    std::ifstream in(dir_ + "/troxd-" + std::to_string(starts_) + ".log");
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+::testing::AssertionResult E2eTest::connectBothDoors() {  // The Event API first: its death
+                                                          // recipient is then the first one told.
     if (!pollUntil([] { return pymInit() == 0; }, 5s)) {
         return ::testing::AssertionFailure() << "pymInit() keeps failing";
     }

@@ -23,14 +23,12 @@
 namespace vexal::e2e {
 
 using namespace std::chrono_literals;
+using ResourceList = std::list<PymClient::Resource>;
+using Values = std::vector<std::string>;
 
 // Resource ids and values of sim/config/default.json.
-inline constexpr int32_t kCluster0MinFreq = 0x01010010;
 inline constexpr int32_t kCluster1MinFreq = 0x01010020;
-inline constexpr int32_t kCluster2MinFreq = 0x01010030;
-inline constexpr int32_t kCluster1MinCores = 0x01010B20;
 inline constexpr int32_t kGpuMinFreq = 0x01020050;
-inline constexpr int32_t kMembusMinFreq = 0x01030010;
 inline constexpr int32_t kInputBoost = 0x01011070;
 inline constexpr int32_t kActionLaunch = 0;  // its position in the wrapper's catalogue too
 
@@ -38,56 +36,41 @@ inline constexpr char kPymTag[] = "[PYM_CLIENT]";
 inline constexpr char kClientTag[] = "TROXFramework-lib-vendor";
 inline constexpr char kDied[] = "Trox HAL Service died";
 
-// One troxd child. Killed with SIGKILL when the parent dies, so a crashed test leaves nothing.
-class Troxd {
-  public:
-    Troxd(std::string dir, std::string logPath);
-    ~Troxd();
-    Troxd(const Troxd&) = delete;
-    Troxd& operator=(const Troxd&) = delete;
-
-    pid_t pid() const { return pid_; }
-    // SIGTERM and reap; the exit status, or -1 when it had to be killed.
-    int stop(std::chrono::milliseconds grace = 5s);
-    // SIGKILL and reap.
-    void kill9();
-    std::string log() const;
-
-  private:
-    pid_t pid_ = -1;
-    std::string logPath_;
-};
-
-// Waits until dir's trox service answers a ping; false after the timeout.
-bool waitUntilServing(std::chrono::milliseconds timeout);
-
 // Records every call of an id-form callback.
 class Recorder : public IClientCallback {
   public:
-    using Resources = std::list<PymClient::Resource>;
-    void onCallback(Resources resources) override;
+    void onCallback(ResourceList resources) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        calls_.push_back(std::move(resources));
+        cv_.notify_all();
+    }
     // The n-th call (1-based) once it has come, or nothing after the timeout.
-    std::optional<Resources> waitForCall(size_t n, std::chrono::milliseconds timeout = 5s);
-    size_t calls();
+    std::optional<ResourceList> waitForCall(size_t n, std::chrono::milliseconds timeout = 5s) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (!cv_.wait_for(lock, timeout, [&] { return calls_.size() >= n; })) return std::nullopt;
+        return calls_[n - 1];
+    }
 
   private:
     std::mutex mutex_;
     std::condition_variable cv_;
-    std::vector<Resources> calls_;
+    std::vector<ResourceList> calls_;
 };
 
-// Values of ids through the Event API; "<none>" for ids it did not fill.
-std::vector<std::string> readPym(const std::vector<int32_t>& ids);
-// Values of ids through the client class.
-std::vector<std::string> readClient(const std::vector<int32_t>& ids);
+// "id=value " for each resource of a call, or "no call".
+std::string describe(const std::optional<ResourceList>& call);
+
+// Values of ids through the Event API, and through the client class; "<none>" for ids not filled.
+Values readPym(const std::vector<int32_t>& ids);
+Values readClient(const std::vector<int32_t>& ids);
 
 size_t countLines(const testing::LogCapture& capture, const std::string& tag,
                   const std::string& text);
+// Polls cond every few milliseconds until it holds or the timeout passes.
+bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds timeout);
 // Polls the capture until tag has at least count lines containing text.
 bool waitForLines(const testing::LogCapture& capture, const std::string& tag,
                   const std::string& text, size_t count, std::chrono::milliseconds timeout);
-// Polls cond every few milliseconds until it holds or the timeout passes.
-bool pollUntil(const std::function<bool()>& cond, std::chrono::milliseconds timeout);
 
 // Each test: a fresh private directory, troxd serving in it, both library connections made.
 class E2eTest : public ::testing::Test {
@@ -95,16 +78,21 @@ class E2eTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    // Starts troxd (again) in this test's directory and waits until it answers.
+    // Starts troxd (again) in this test's directory and waits until it answers. Its standard
+    // error goes to a file: it logs every resource change, more than a pipe nobody reads holds.
     ::testing::AssertionResult startTroxd();
+    // SIGKILL and reap.
+    void killTroxd();
     // Both doors connected to the running troxd (a stale connection fails once, then reconnects).
     ::testing::AssertionResult connectBothDoors();
 
     std::string dir_;
-    std::unique_ptr<Troxd> troxd_;
     std::unique_ptr<testing::LogCapture> capture_;
 
   private:
+    std::string troxdLog() const;
+
+    pid_t troxd_ = -1;
     int starts_ = 0;
 };
 

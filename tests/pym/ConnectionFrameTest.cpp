@@ -5,258 +5,144 @@
 #include <binder_host/service_control.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
-#include <tuple>
 
 namespace vexal::testing {
 namespace {
 
 struct FrameCase {
     const char* name;
-    // Void functions give 0. With `failing`, outputs must come back as they went in.
-    std::function<int32_t(bool failing)> call;
-    std::vector<LogLine> entry;  // written before connecting
-    int32_t noConnection;
+    Lines entry;  // written before connecting
+    std::string noConnection;
     // The failed-status path; absent where a failed status cannot be had or is not a failure.
-    std::optional<std::vector<LogLine>> failure;  // after the entry lines
-    int32_t failed = -1;
+    std::optional<Lines> failure;  // after the entry lines
+    std::string failed;
+    std::function<std::string()> call;  // outputs must come back untouched when it fails
 };
 
+FrameCase frame(const char* name, Lines entry, std::string noConnection,
+                std::optional<Lines> failure, std::string failed,
+                std::function<std::string()> call) {
+    return {name,   std::move(entry), std::move(noConnection), std::move(failure),
+            failed, std::move(call)};
+}
+
 std::vector<FrameCase> frameCases() {
+    const Lines ctlFailed{failedLine("PymEventAcquire"), logError("troxResCtlRequest error:-1")};
+    const auto failing = [](const std::string& name, const std::string& what) {
+        return Lines{logInfo("pym client hal " + name), failedLine(name), logError(what)};
+    };
     return {
-            {"Init",
-             [](bool) { return pymInit(); },
-             {logError("pymInit enter")},
-             -1,
-             std::vector<LogLine>{failedLine("trox_init")},
-             -2},
-            {"EventAcquire",
-             [](bool) {
-                 return PymEventAcquire(4, "p", "i", 1, {{1, "x"}});
-             },
-             {logInfo("PymEventAcquire, cmdid:4, pkg:p, identity:i")},
-             -1,
-             std::vector<LogLine>{failedLine("PymEventAcquire"),
-                                  logError("troxResCtlRequest error:-1")}},
-            {"ResAcquire",
-             [](bool) { return PymResAcquire({}, 0, "i", 1); },
-             {logInfo("PymResAcquire"), logInfo("PymEventAcquire, cmdid:-2, pkg:none, identity:i")},
-             -1,
-             std::vector<LogLine>{failedLine("PymEventAcquire"),
-                                  logError("troxResCtlRequest error:-1")}},
-            {"PlatformResAcquire",
-             [](bool) { return PymPlatformResAcquire({}, 0, "i", "p", 1); },
-             {logInfo("PymPlatformResAcquire"),
-              logInfo("PymEventAcquire, cmdid:-3, pkg:p, identity:i")},
-             -1,
-             std::vector<LogLine>{failedLine("PymEventAcquire"),
-                                  logError("troxResCtlRequest error:-1")}},
+            frame("Init", {logError("pymInit enter")}, "-1", Lines{failedLine("trox_init")}, "-2",
+                  [] { return str(pymInit()); }),
+            frame("EventAcquire", {logInfo("PymEventAcquire, cmdid:4, pkg:p, identity:i")}, "-1",
+                  ctlFailed, "-1",
+                  [] { return str(PymEventAcquire(4, "p", "i", 1, list(r(1, "x")))); }),
             // Resource lines come after connecting, so none here.
-            {"EventAcquireOneWay",
-             [](bool) {
-                 return PymEventAcquireOneWay(4, "p", "i", 1, {{1, "x"}});
-             },
-             {logInfo("PymEventAcquireOneWay, cmdid:4, pkg:p, identity:i")},
-             -1,
-             std::nullopt},
-            {"Release",
-             [](bool) { return PymRelease(7), 0; },
-             {logInfo("PymRelease, handle:7")},
-             0,
-             std::vector<LogLine>{failedLine("troxResCtlRelease")},
-             0},
-            {"Notify",
-             [](bool) { return PymNotify(1, 2, {3}); },
-             {logInfo("PymNotify enter")},
-             -1,
-             std::vector<LogLine>{failedLine("PymNotify")}},
-            {"RelatedSysInfo",
-             [](bool) { return setRelatedSysInfo(1, 2); },
-             {},
-             -1,
-             std::vector<LogLine>{failedLine("setRelatedSysInfo")}},
-            {"RuleCtl",
-             [](bool) {
-                 return pymRuleCtl(3, 4, {{1, "x"}});
-             },
-             {logInfo("pymRuleCtl, ruleId:3, status:4")},
-             -1,
-             std::vector<LogLine>{failedLine("pymRuleCtl")}},
-            {"MultiState",
-             [](bool failing) {
-                 std::vector<Resource> resources{{1, "x"}};
-                 const int32_t result = PymMutiResStateRequest(resources);
-                 if (failing) {
-                     EXPECT_EQ(resources.front().value, "x");
-                 }
-                 return result;
-             },
-             {logInfo("PymMutiResStateRequest enter")},
-             -1,
-             std::vector<LogLine>{failedLine("PymMutiResStateRequest")}},
-            {"ResState",
-             [](bool failing) {
-                 std::string value = "kept";
-                 PymResStateRequest(0x0101, value);
-                 if (failing) {
-                     EXPECT_EQ(value, "kept");
-                 }
-                 return 0;
-             },
-             {logInfo("PymResStateRequest enter"), logInfo("PymMutiResStateRequest enter")},
-             0,
-             std::vector<LogLine>{failedLine("PymMutiResStateRequest")},
-             0},
-            // A failed power-consistency call throws instead; see the state query tests.
-            {"PowerConsis",
-             [](bool) { return PymGetPowerConsis(); },
-             {logInfo("pym client PymGetPowerConsis")},
-             -1,
-             std::nullopt},
-            {"ResStatePowerConsistency",
-             [](bool) {
-                 std::string value = "kept";
-                 PymResStateRequest(kPowerConsistencyOpcode, value);
-                 return value == "kept" ? 0 : std::stoi(value);
-             },
-             {logInfo("pym client PymGetPowerConsis")},
-             -1,
-             std::nullopt},
-            {"History",
-             [](bool failing) {
-                 std::string history = "kept";
-                 const int32_t result = PymGetHistory(history);
-                 if (failing) {
-                     EXPECT_EQ(history, "kept");
-                 }
-                 return result;
-             },
-             {logInfo("pym client PymGetHistory")},
-             -1,
-             std::vector<LogLine>{
-                     logInfo("pym client hal PymGetHistory"), failedLine("PymGetHistory"),
-                     logError("failed to get history or return vector empty, data vector size 0")}},
-            {"PMStatus",
-             [](bool) { return PymGetPMStatus(3); },
-             {logInfo("pym client PymGetPMStatus")},
-             -1,
-             std::vector<LogLine>{
-                     logInfo("pym client hal PymGetPMStatus"), failedLine("PymGetPMStatus"),
-                     logError("failed to get power mode status, mode 3, data vector size 0")}},
-            {"FetchDataset",
-             [](bool failing) {
-                 std::vector<Resource> dataset{{1, "x"}};
-                 const int32_t result = Pym_fetch_dataset(dataset);
-                 if (failing) {
-                     EXPECT_EQ(dataset.size(), 1u);
-                 }
-                 return result;
-             },
-             {logInfo("Pym_fetch_dataset enter")},
-             -1,
-             std::vector<LogLine>{failedLine("Pym_fetch_dataset")}},
-            {"FeatureStatus",
-             [](bool) { return PymGetFeatureStatus(5); },
-             {logInfo("PymGetFeatureStatus enter")},
-             -1,
-             std::vector<LogLine>{failedLine("PymGetFeatureStatus")}},
+            frame("EventAcquireOneWay",
+                  {logInfo("PymEventAcquireOneWay, cmdid:4, pkg:p, identity:i")}, "-1",
+                  std::nullopt, "",
+                  [] { return str(PymEventAcquireOneWay(4, "p", "i", 1, list(r(1, "x")))); }),
+            frame("Release", {logInfo("PymRelease, handle:7")}, "",
+                  Lines{failedLine("troxResCtlRelease")}, "", [] { return PymRelease(7), ""; }),
+            frame("Notify", {logInfo("PymNotify enter")}, "-1", Lines{failedLine("PymNotify")},
+                  "-1", [] { return str(PymNotify(1, 2, {3})); }),
+            frame("RelatedSysInfo", {}, "-1", Lines{failedLine("setRelatedSysInfo")}, "-1",
+                  [] { return str(setRelatedSysInfo(1, 2)); }),
+            frame("RuleCtl", {logInfo("pymRuleCtl, ruleId:3, status:4")}, "-1",
+                  Lines{failedLine("pymRuleCtl")}, "-1",
+                  [] { return str(pymRuleCtl(3, 4, list(r(1, "x")))); }),
+            frame("MultiState", {logInfo("PymMutiResStateRequest enter")}, "-1 1=x",
+                  Lines{failedLine("PymMutiResStateRequest")}, "-1 1=x",
+                  [] { return multi(list(r(1, "x"))); }),
+            // A failed power-consistency call throws instead; see FailedPowerConsis below.
+            frame("PowerConsis", {logInfo("pym client PymGetPowerConsis")}, "-1", std::nullopt, "",
+                  [] { return str(PymGetPowerConsis()); }),
+            frame("History", {logInfo("pym client PymGetHistory")}, "-1 old",
+                  failing("PymGetHistory",
+                          "failed to get history or return vector empty, data vector size 0"),
+                  "-1 old", history),
+            frame("PMStatus", {logInfo("pym client PymGetPMStatus")}, "-1 ",
+                  failing("PymGetPMStatus",
+                          "failed to get power mode status, mode -5, data vector size 0"),
+                  "-1 ", pmStatus),
+            frame("FetchDataset", {logInfo("Pym_fetch_dataset enter")}, "0 1=x 2=- -1",
+                  Lines{failedLine("Pym_fetch_dataset")}, "0 1=x 2=- -1", dataset),
+            frame("FeatureStatus", {logInfo("PymGetFeatureStatus enter")}, "-1",
+                  Lines{failedLine("PymGetFeatureStatus")}, "-1",
+                  [] { return str(PymGetFeatureStatus(5)); }),
     };
 }
 
 using Start = FakeTroxService::Start;
 
-class NoConnectionTest : public ::testing::TestWithParam<std::tuple<FrameCase, Start>> {
+class FrameTest : public ::testing::TestWithParam<FrameCase> {
   protected:
-    const FrameCase& frame() const { return std::get<0>(GetParam()); }
-
-    LogCapture logs;
-    FakeTroxService service{std::get<1>(GetParam())};
+    LogCapture logs;  // outlives each service, whose death empties the connection
 };
 
-TEST_P(NoConnectionTest, FailsWithTheConnectLinesThenConnectsOnceTheServiceRuns) {
-    EXPECT_EQ(frame().call(true), frame().noConnection);
-    const auto connectLines =
-            std::get<1>(GetParam()) == Start::kNotDeclared ? notDeclaredLines() : notRunningLines();
-    EXPECT_EQ(logs.linesWithTag(kPymTag), frame().entry + connectLines);
+TEST_P(FrameTest, FailsWithoutAServiceOrOnAFailedStatusAndTheNextCallConnectsAgain) {
+    const FrameCase& c = GetParam();
+    for (Start start : {Start::kNotDeclared, Start::kDeclaredOnly}) {
+        const bool declared = start == Start::kDeclaredOnly;
+        SCOPED_TRACE(declared ? "not running" : "not declared");
+        FakeTroxService service(start);
+        logs.clear();
+        EXPECT_EQ(c.call(), c.noConnection);
+        EXPECT_EQ(
+                logs.linesWithTag(kPymTag),
+                c.entry + connectFailedLines(
+                                  declared ? "Trox HAL Service not found"
+                                           : "Trox is not declared, AServiceManager_isDeclared:0"));
+        // Nothing of the failed attempt sticks: the next call connects and reaches the service.
+        service.start();
+        service.fake().setStateReply({entry(kPowerConsistencyOpcode, "1")});
+        c.call();
+        EXPECT_TRUE(service.fake().waitForCalls(1));
+        EXPECT_EQ(service.fake().callCount(), 1u);
+    }
+    // A failed status comes either from the service or from the transport before the service.
+    for (bool byService : {true, false}) {
+        if (!c.failure) break;
+        SCOPED_TRACE(byService ? "failed by the service" : "failed by the transport");
+        FakeTroxService service;
+        FakeTrox& fake = service.fake();
+        logs.clear();
+        if (byService) {
+            fake.failNextCalls(1);
+        } else {
+            binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION);
+        }
+        EXPECT_EQ(c.call(), c.failed);
+        const size_t reached = byService ? 1 : 0;
+        EXPECT_EQ(fake.callCount(), reached);
+        EXPECT_EQ(logs.linesWithTag(kPymTag), c.entry + *c.failure);
 
-    // Nothing of the failed attempt sticks: the next call connects and reaches the service.
-    service.start();
-    service.fake().setStateReply({entry(kPowerConsistencyOpcode, "1")});
-    frame().call(false);
-    EXPECT_TRUE(service.fake().waitForCalls(1));
-    EXPECT_EQ(service.fake().callCount(), 1u);
+        // The connection was dropped: the next call connects again, and a failing link shows it.
+        logs.clear();
+        binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
+        EXPECT_EQ(c.call(), c.noConnection);
+        EXPECT_EQ(logs.linesWithTag(kPymTag),
+                  c.entry + connectFailedLines("Unable to link to g_pym_hal death notifications!"));
+        EXPECT_EQ(fake.callCount(), reached);
+        c.call();
+        EXPECT_EQ(fake.callCount(), reached + 1) << "the call reaches the service again";
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Functions, NoConnectionTest,
-                         ::testing::Combine(::testing::ValuesIn(frameCases()),
-                                            ::testing::Values(Start::kNotDeclared,
-                                                              Start::kDeclaredOnly)),
-                         [](const auto& p) {
-                             return std::string(std::get<0>(p.param).name) +
-                                    (std::get<1>(p.param) == Start::kNotDeclared ? "NotDeclared"
-                                                                                 : "NotRunning");
-                         });
+INSTANTIATE_TEST_SUITE_P(Functions, FrameTest, ::testing::ValuesIn(frameCases()),
+                         [](const auto& p) { return std::string(p.param.name); });
 
-std::vector<FrameCase> failingCases() {
-    std::vector<FrameCase> cases;
-    for (auto& c : frameCases()) {
-        if (c.failure) cases.push_back(std::move(c));
-    }
-    return cases;
-}
+TEST_F(PymTest, FailedPowerConsisThrowsAndKeepsTheConnection) {
+    fake().setStateReply({entry(kPowerConsistencyOpcode, "5")});
+    fake().failNextCalls(1);
+    EXPECT_THROW(PymGetPowerConsis(), std::bad_optional_access);
+    EXPECT_EQ(pymLines(), (Lines{logInfo("pym client PymGetPowerConsis")}));
 
-// A failed status comes either from the service or from the transport before the service.
-enum class FailedBy { kService, kTransport };
-
-class FailedStatusTest : public PymTest,
-                         public ::testing::WithParamInterface<std::tuple<FrameCase, FailedBy>> {};
-
-TEST_P(FailedStatusTest, LogsResetsAndTheNextCallReconnects) {
-    const FrameCase& c = std::get<0>(GetParam());
-    const bool byService = std::get<1>(GetParam()) == FailedBy::kService;
-    if (byService) {
-        fake().failNextCalls(1);
-    } else {
-        binder_host::failNextTransactions(STATUS_FAILED_TRANSACTION);
-    }
-    EXPECT_EQ(c.call(true), c.failed);
-    const size_t reached = byService ? 1 : 0;
-    EXPECT_EQ(fake().callCount(), reached);
-    EXPECT_EQ(pymLines(), c.entry + *c.failure);
-
-    // The connection was dropped: the next call connects again, and a failing link shows it.
-    logs.clear();
+    // A reconnect would fail here; the kept connection does not need one.
     binder_host::failNextLinkToDeath(STATUS_DEAD_OBJECT);
-    EXPECT_EQ(c.call(true), c.noConnection);
-    EXPECT_EQ(pymLines(),
-              (c.entry +
-               std::vector<LogLine>{logError("Unable to link to g_pym_hal death notifications!"),
-                                    logError("pym_get_trox_hal_and_link_to_death error:-1")}));
-    EXPECT_EQ(fake().callCount(), reached);
-
-    c.call(false);
-    EXPECT_EQ(fake().callCount(), reached + 1) << "the call reaches the service again";
-}
-
-INSTANTIATE_TEST_SUITE_P(Functions, FailedStatusTest,
-                         ::testing::Combine(::testing::ValuesIn(failingCases()),
-                                            ::testing::Values(FailedBy::kService,
-                                                              FailedBy::kTransport)),
-                         [](const auto& p) {
-                             return std::string(std::get<0>(p.param).name) +
-                                    (std::get<1>(p.param) == FailedBy::kService ? "ByService"
-                                                                                : "ByTransport");
-                         });
-
-TEST_F(PymTest, AfterTheServiceDiesTheNextCallReachesTheNewOne) {
-    ASSERT_EQ(pymInit(), 0);
-    service.restart();
-    EXPECT_EQ(pymInit(), 0);
-    EXPECT_EQ(fake().callCount(), 1u) << "the restarted service got the second call";
-    EXPECT_EQ(pymLines(),
-              (std::vector<LogLine>{logError("pymInit enter"), logError("Trox HAL Service died"),
-                                    logError("pymInit enter")}));
+    EXPECT_EQ(PymGetPowerConsis(), 5);
+    EXPECT_EQ(fake().callCount(), 2u);
 }
 
 // Calls, failures and reconnects from several threads at once; sanitizer builds watch for races.
@@ -270,7 +156,7 @@ TEST_F(PymTest, ConcurrentCallsWithFailures) {
         threads.emplace_back([&, t] {
             for (int i = 0; i < 40; ++i) {
                 if (i % 10 == t) fake().failNextCalls(1);
-                const int32_t result = (i % 2 == 0) ? PymEventAcquire(t, "p", "i", i, {{i, "v"}})
+                const int32_t result = (i % 2 == 0) ? PymEventAcquire(t, "p", "i", i, {r(i, "v")})
                                                     : pymRuleCtl(t, i, {});
                 if (result == 9) ++answered;
                 if (result != 9 && result != -1) ++unexpected;

@@ -13,6 +13,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -32,9 +33,7 @@ using Settings = std::vector<Setting>;
 
 inline Settings settingsOf(const std::vector<Resource>& list) {
     Settings settings;
-    for (const auto& resource : list) {
-        settings.emplace_back(static_cast<uint32_t>(resource.id), resource.value);
-    }
+    for (const auto& r : list) settings.emplace_back(static_cast<uint32_t>(r.id), r.value);
     return settings;
 }
 
@@ -43,18 +42,16 @@ struct RuleCall {
     int32_t rule;
     int32_t status;
     Settings list;
-
-    bool operator==(const RuleCall& other) const {
-        return rule == other.rule && status == other.status && list == other.list;
+    bool operator==(const RuleCall& o) const {
+        return std::tie(rule, status, list) == std::tie(o.rule, o.status, o.list);
     }
 };
 
 inline void PrintTo(const RuleCall& call, std::ostream* os) {
     *os << "{rule " << call.rule << ", status " << call.status << ", [";
-    for (const auto& [id, value] : call.list) {
+    for (const auto& [id, value] : call.list)
         *os << " (0x" << std::hex << id << std::dec << ", " << (value ? '"' + *value + '"' : "-")
             << ")";
-    }
     *os << " ]}";
 }
 
@@ -67,11 +64,10 @@ inline std::vector<RuleCall> ruleCalls(const FakeTrox& fake) {
             continue;
         }
         RuleCall rule{call.ints[0], call.ints[1], {}};
-        for (const auto& entry : call.data) {
-            const bool clean = entry.res_Id >= 0 && entry.res_Id <= INT64_C(0xFFFFFFFF) &&
-                               !entry.res_Path && !entry.res_Extra;
-            rule.list.emplace_back(clean ? static_cast<uint32_t>(entry.res_Id) : 0xDEADu,
-                                   entry.res_Value);
+        for (const auto& e : call.data) {
+            const bool clean =
+                    e.res_Id >= 0 && e.res_Id <= INT64_C(0xFFFFFFFF) && !e.res_Path && !e.res_Extra;
+            rule.list.emplace_back(clean ? static_cast<uint32_t>(e.res_Id) : 0xDEADu, e.res_Value);
         }
         calls.push_back(rule);
     }
