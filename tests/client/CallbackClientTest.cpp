@@ -44,6 +44,11 @@ struct OneShotCase {
     std::vector<PathDelivery> paths;
 };
 
+// Names the case in test listings, which would otherwise show its bytes.
+void PrintTo(const OneShotCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class OneShotTest : public ClientTest, public ::testing::WithParamInterface<OneShotCase> {};
 
 TEST_P(OneShotTest, SendsItsClientWhichDeliversOnceAndLeavesTheRegistry) {

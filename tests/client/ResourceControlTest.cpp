@@ -21,6 +21,11 @@ struct SendCase {
     std::string entry = {};                      // its first line, if not "trox client <member>"
 };
 
+// Names the case in test listings, which would otherwise show its bytes.
+void PrintTo(const SendCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 RecordedCall request(TroxRequestParcel p) {
     RecordedCall call("troxResCtlRequest");
     call.parcel = std::move(p);

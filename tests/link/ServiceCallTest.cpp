@@ -14,6 +14,11 @@ struct FailureCase {
     FakeTrox::StatusMaker make;
 };
 
+// Names the case in test listings, which would otherwise show its bytes.
+void PrintTo(const FailureCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 class FailedCallTest : public LinkTest, public ::testing::WithParamInterface<FailureCase> {};
 
 TEST_P(FailedCallTest, EachConnectionLogsItsOwnLineAndOnlyItIsDropped) {

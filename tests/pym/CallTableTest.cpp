@@ -15,6 +15,11 @@ struct CallCase {
     std::function<std::string()> call;  // the result and the outputs
 };
 
+// Names the case in test listings, which would otherwise show its bytes.
+void PrintTo(const CallCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 CallCase row(const char* name, Data reply, std::string result, RecordedCall sent, Lines lines,
              std::function<std::string()> call) {
     return {name,           std::move(reply), std::move(result), std::move(sent), std::move(lines),

@@ -20,6 +20,11 @@ struct FrameCase {
     std::function<std::string()> call;  // outputs must come back untouched when it fails
 };
 
+// Names the case in test listings, which would otherwise show its bytes.
+void PrintTo(const FrameCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
 FrameCase frame(const char* name, Lines entry, std::string noConnection,
                 std::optional<Lines> failure, std::string failed,
                 std::function<std::string()> call) {
