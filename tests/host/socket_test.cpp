@@ -380,8 +380,6 @@ TEST_F(SocketTest, ChannelsJoinOnlyAConnectionOfTheSameProcess) {
     EXPECT_EQ("unharmed", reply);
 }
 
-// A service that gave binder no thread answers nothing: the call waits, as the driver holds it,
-// until the service starts its pool.
 TEST_F(SocketTest, ChannelsStayWithinTheServicesThreadLimit) {
     ndk::SpAIBinder echo = startEcho();
     std::vector<uint8_t> hello;
@@ -412,6 +410,8 @@ TEST_F(SocketTest, ChannelsStayWithinTheServicesThreadLimit) {
     close(first);
 }
 
+// A service that gave binder no thread answers nothing: the call waits, as the driver holds it,
+// until the service starts its pool.
 TEST_F(SocketTest, CallsWaitUntilTheServiceGivesBinderAThread) {
     ndk::SpAIBinder echo = startEcho(kName, {"--pool-on-sigusr1"});
     auto answer = std::async(std::launch::async, [&echo] {
