@@ -42,6 +42,12 @@ TEST(PymctlTrace, DemoDaemonAndSignalWriteValidTraces) {
         EXPECT_EQ(slices.count("ACTION_LAUNCH"), 1u) << name;
         EXPECT_EQ(counters.count("cpu.cluster1.min_freq"), 1u) << name;
     }
+    const auto svg = runPymctl({"timeline", dir + "/demo.json", "--svg", dir + "/demo.svg"});
+    EXPECT_EQ(svg.exitCode, 0) << svg.err;
+    std::ifstream picture(dir + "/demo.svg");
+    std::string head(4, '\0');
+    picture.read(head.data(), 4);
+    EXPECT_EQ(head, "<svg");
     EXPECT_EQ(std::system(("rm -rf '" + dir + "'").c_str()), 0);
 }
 

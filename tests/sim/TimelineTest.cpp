@@ -82,5 +82,26 @@ TEST_F(ServiceTest, TimelineHoldsTheSessionsRequestsValuesAndInstants) {
       "processes": {"service": "troxd", "a": "com.a", "b": "com.b"}})"));
 }
 
+TEST(Timeline, AFullRingDropsItsOldestEventsAndSaysHowMany) {
+    const Config config = parseConfig(R"({"timeline": {"size": 16}, "resources": [{"id": 7,
+        "name": "gpu", "kind": "boost", "default": 1, "min": 1, "max": 9}]})");
+    Timeline timeline(config.timelineSize);
+    const uint64_t g = timeline.attach(std::make_shared<ManualClock>(), "troxd",
+                                       {{7, "gpu"}, {8, "bus"}}, {{7, 1}, {8, 2}});
+    for (int64_t ms = 1; ms <= 100; ++ms) timeline.add(g, TimelineCounter{7, ms * 1000, ms * 10});
+    const TimelineSnapshot s = timeline.snapshot();
+    EXPECT_EQ(s.events.size(), 16u);
+    EXPECT_EQ(s.dropped, 103u - 16u);
+    const json trace = json::parse(traceJson(s));
+    EXPECT_EQ(trace["otherData"]["dropped_events"], 87);
+    // The newest dropped value of each resource still starts its track.
+    std::vector<json> first;
+    for (const json& e : trace["traceEvents"]) {
+        if (e["ph"] == "C" && first.size() < 3)
+            first.push_back({e["name"], e["ts"], e["args"]["value"]});
+    }
+    EXPECT_EQ(first, (std::vector<json>{{"bus", 0, 2}, {"gpu", 84000, 840}, {"gpu", 85000, 850}}));
+}
+
 }  // namespace
 }  // namespace sim::testing
