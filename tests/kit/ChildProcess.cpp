@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/eventfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 
 #include "SpawnProgram.h"
@@ -43,7 +45,13 @@ ChildProcess::ChildProcess(std::vector<std::string> argv, const Options& options
         _exit(127);
     }
     close(fds[1]);
-    err_ = fds[0];
+    if (pid_ < 0) {
+        close(fds[0]);
+        closed_ = true;
+        return;
+    }
+    stop_ = eventfd(0, EFD_CLOEXEC);
+    reader_ = std::thread(&ChildProcess::drain, this, fds[0]);
 }
 
 ChildProcess::~ChildProcess() {
@@ -51,33 +59,46 @@ ChildProcess::~ChildProcess() {
         kill(pid_, SIGKILL);
         reap(0);
     }
-    if (err_ >= 0) close(err_);
+    // A child of the child may still hold the pipe open: the reader is told to stop, not waited
+    // for the pipe's end.
+    if (reader_.joinable()) {
+        const uint64_t one = 1;
+        [[maybe_unused]] const ssize_t told = write(stop_, &one, sizeof(one));
+        reader_.join();
+    }
+    if (stop_ >= 0) close(stop_);
 }
 
-bool ChildProcess::readSome(std::chrono::milliseconds timeout) {
-    if (err_ < 0) return false;
-    pollfd p{err_, POLLIN, 0};
-    if (poll(&p, 1, static_cast<int>(timeout.count())) <= 0) return false;
+void ChildProcess::drain(int fd) {
     char buffer[4096];
-    const ssize_t n = read(err_, buffer, sizeof(buffer));
-    if (n <= 0) {
-        close(err_);
-        err_ = -1;
-        return false;
+    for (;;) {
+        pollfd ready[2] = {{fd, POLLIN, 0}, {stop_, POLLIN, 0}};
+        if (poll(ready, 2, -1) < 0 && errno == EINTR) continue;
+        // Whatever the pipe still holds is read before a stop is obeyed.
+        const ssize_t n = ready[0].revents != 0 ? read(fd, buffer, sizeof(buffer)) : 0;
+        if (n < 0 && errno == EINTR) continue;
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (n <= 0) {
+            closed_ = true;
+            changed_.notify_all();
+            break;
+        }
+        output_.append(buffer, static_cast<size_t>(n));
+        changed_.notify_all();
     }
-    output_.append(buffer, static_cast<size_t>(n));
-    return true;
+    close(fd);
+}
+
+std::string ChildProcess::output() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return output_;
 }
 
 bool ChildProcess::waitForOutput(const std::string& text, std::chrono::milliseconds timeout) {
-    const auto end = std::chrono::steady_clock::now() + timeout;
-    while (output_.find(text) == std::string::npos) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                end - std::chrono::steady_clock::now());
-        if (left.count() <= 0 || err_ < 0) return false;
-        readSome(left);
-    }
-    return true;
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait_for(lock, timeout,
+                      [&] { return closed_ || output_.find(text) != std::string::npos; });
+    return output_.find(text) != std::string::npos;
 }
 
 bool ChildProcess::reap(int options) {
@@ -90,10 +111,15 @@ int ChildProcess::waitForExit(std::chrono::milliseconds timeout) {
     const auto end = std::chrono::steady_clock::now() + timeout;
     while (!reap(WNOHANG)) {
         if (pid_ <= 0 || std::chrono::steady_clock::now() >= end) return -1;
-        // Its standard error closes when it ends; until then whatever it writes wakes us early.
-        if (!readSome(std::chrono::milliseconds(20)) && err_ < 0) poll(nullptr, 0, 5);
+        // Its standard error closes when it ends, which wakes us; a child of its own may keep
+        // the pipe open, so the wait for its exit goes on in short steps.
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, std::chrono::milliseconds(closed_ ? 5 : 20));
     }
-    while (readSome(std::chrono::milliseconds(0))) {
+    // What it wrote before it ended is all there once the pipe closed.
+    if (reader_.joinable()) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait_for(lock, std::chrono::seconds(1), [&] { return closed_; });
     }
     return WIFEXITED(status_) ? WEXITSTATUS(status_) : 128 + WTERMSIG(status_);
 }

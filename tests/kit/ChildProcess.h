@@ -4,15 +4,19 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <condition_variable>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 namespace vexal::testing {
 
 // A program the build made (troxd, a test service), run as a child with its standard error on a
-// pipe. Resource limits are set in the child only, so the test process keeps its own. Killed
-// (SIGKILL) and reaped on destruction unless it was already reaped.
+// pipe that a thread of its own keeps reading, so a chatty child never blocks. Resource limits are
+// set in the child only, so the test process keeps its own. Killed (SIGKILL) and reaped on
+// destruction unless it was already reaped.
 class ChildProcess {
   public:
     struct Options {
@@ -29,25 +33,29 @@ class ChildProcess {
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     pid_t pid() const { return pid_; }
-    // Reads standard error until it holds text; false once the timeout passed or the pipe closed
+    // Waits until standard error holds text; false once the timeout passed or the pipe closed
     // without it.
     bool waitForOutput(const std::string& text,
                        std::chrono::milliseconds timeout = std::chrono::seconds(10));
-    const std::string& output() const { return output_; }
+    std::string output() const;
     // The exit status (128 + signal when killed), or -1 while it still runs after the timeout.
     int waitForExit(std::chrono::milliseconds timeout = std::chrono::seconds(10));
     // False once it ended (it is reaped then).
     bool running();
 
   private:
-    bool readSome(std::chrono::milliseconds timeout);  // false on timeout or end of the pipe
-    bool reap(int waitOptions);                        // true once reaped
+    void drain(int fd);          // the reader thread: until the pipe's end or stop_
+    bool reap(int waitOptions);  // true once reaped
 
     pid_t pid_ = -1;
-    int err_ = -1;
     bool reaped_ = false;
     int status_ = 0;
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
     std::string output_;
+    bool closed_ = false;
+    int stop_ = -1;  // an eventfd that ends the reader when the pipe outlives the child
+    std::thread reader_;
 };
 
 }  // namespace vexal::testing
