@@ -174,11 +174,12 @@ TEST(ParcelTest, HostileInputFailsWithoutSideEffects) {
         binder_status_t expected;
         binder_status_t (*read)(const AParcel*);
     } cases[] = {
-            {"02000000 61000000", STATUS_BAD_VALUE, readOneString},  // length beyond the data
-            {"feffffff 00000000", STATUS_BAD_VALUE, readOneString},  // negative length
-            {"ffffff7f 00000000", STATUS_BAD_VALUE, readOneString},  // huge length
-            {"01000000 61006200", STATUS_BAD_VALUE, readOneString},  // NUL missing
-            {"01000000 00d80000", STATUS_BAD_VALUE, readOneString},  // lone surrogate
+            {"02000000 61000000", STATUS_BAD_VALUE, readOneString},       // length beyond the data
+            {"feffffff 00000000", STATUS_BAD_VALUE, readOneString},       // negative length
+            {"ffffff7f 00000000", STATUS_BAD_VALUE, readOneString},       // huge length
+            {"01000000 61006200", STATUS_BAD_VALUE, readOneString},       // NUL missing
+            {"01000000 00d80000", STATUS_BAD_VALUE, readOneString},       // lone surrogate
+            {"02000000 61006200 0000", STATUS_BAD_VALUE, readOneString},  // padding cut off
             {"", STATUS_NOT_ENOUGH_DATA, readOneString},
             {"fbffffff", STATUS_BAD_VALUE, readIntArray},
             {"ffffff7f 01000000", STATUS_BAD_VALUE, readIntArray},
