@@ -79,7 +79,7 @@ class SocketTest : public testing::Test {
         std::vector<std::string> argv{SOCKET_ECHO_SERVICE, instance};
         argv.insert(argv.end(), extra.begin(), extra.end());
         return *children_.emplace_back(std::make_unique<ChildProcess>(
-                argv, ChildProcess::Options{{"BINDER_HOST_DIR=" + dir_}, {}}));
+                argv, ChildProcess::Options{{"BINDER_HOST_DIR=" + dir_}, {}, {}}));
     }
 
     static ndk::SpAIBinder waitForEcho(const char* instance) {

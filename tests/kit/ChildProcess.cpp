@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/eventfd.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -40,6 +41,9 @@ ChildProcess::ChildProcess(std::vector<std::string> argv, const Options& options
         dup2(fds[1], STDERR_FILENO);
         for (const auto& [resource, value] : limits) {
             if (setrlimit(resource, &value) != 0) _exit(126);
+        }
+        for (int capability : options.dropCapabilities) {
+            if (prctl(PR_CAPBSET_DROP, capability, 0, 0, 0) != 0) _exit(126);
         }
         execvpe(args[0], args.data(), envp.data());
         _exit(127);

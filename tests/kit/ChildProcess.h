@@ -25,6 +25,9 @@ class ChildProcess {
         std::vector<std::string> env;
         using Limits = std::vector<std::pair<int, rlim_t>>;
         Limits limits;  // RLIMIT_*, soft and hard
+        // CAP_* left out of the child's bounding set, so that even root runs it without them
+        // (needs CAP_SETPCAP).
+        std::vector<int> dropCapabilities;
     };
     ChildProcess(std::vector<std::string> argv, const Options& options);
     explicit ChildProcess(std::vector<std::string> argv) : ChildProcess(std::move(argv), {}) {}

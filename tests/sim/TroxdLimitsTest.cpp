@@ -74,7 +74,7 @@ class TroxdLimitsTest : public testing::Test {
         env.push_back("BINDER_HOST_DIR=" + dir_);
         service_ =
                 std::make_unique<ChildProcess>(std::vector<std::string>{TROXD_PATH, "--dir", dir_},
-                                               ChildProcess::Options{env, limits});
+                                               ChildProcess::Options{env, limits, {}});
         EXPECT_TRUE(service_->waitForOutput("serving " + std::string(kName))) << service_->output();
         trox_ = ITrox::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kName)));
         return served(trox_);
