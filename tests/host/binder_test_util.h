@@ -118,6 +118,9 @@ inline binder_status_t call(AIBinder* binder, transaction_code_t code,
     AParcel* in = nullptr;
     if (binder_status_t s = AIBinder_prepareTransaction(binder, &in); s != STATUS_OK) return s;
     if (write) write(in);
+    // The reply is written through getR(), which would drop a parcel already held without
+    // deleting it.
+    if (out != nullptr) out->set(nullptr);
     ndk::ScopedAParcel ignored;
     return AIBinder_transact(binder, code, &in, out != nullptr ? out->getR() : ignored.getR(),
                              flags);

@@ -154,6 +154,7 @@ TEST_F(SocketTest, ObjectsResolveToTheirOwnerAndStayInTheirProcesses) {
     {
         ndk::SpAIBinder callback = newEcho(&mine);
         ASSERT_EQ(STATUS_OK, callWithBinder(echo.get(), kReturnBinder, callback.get(), &out));
+        returned.set(nullptr);
         ASSERT_EQ(STATUS_OK, AParcel_readStrongBinder(out.get(), returned.getR()));
         ASSERT_TRUE(AIBinder_associateClass(returned.get(), echoClass()));
         std::optional<std::string> reply;
