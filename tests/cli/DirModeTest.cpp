@@ -1,16 +1,11 @@
 // pymctl --dir against a troxd started by the test: calls and callbacks cross processes.
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <poll.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
 #include <memory>
 
-#include "../kit/SpawnProgram.h"
 #include "ChildProcess.h"
 #include "PymctlRunner.h"
 
@@ -20,60 +15,6 @@ using ::testing::HasSubstr;
 using vexal::testing::ChildProcess;
 
 namespace {
-
-constexpr auto kWait = std::chrono::seconds(10);
-
-// pymctl running alongside the test, its standard output and error on one pipe read as it goes.
-class Listener {
-  public:
-    explicit Listener(std::vector<std::string> argv) {
-        int fds[2];
-        if (pipe2(fds, O_CLOEXEC) != 0) return;
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, fds[1], STDOUT_FILENO);
-        posix_spawn_file_actions_adddup2(&actions, fds[1], STDERR_FILENO);
-        argv.insert(argv.begin(), PYMCTL_PATH);
-        if (vexal::testing::spawnProgram(&pid_, std::move(argv), &actions, environ) != 0) pid_ = -1;
-        posix_spawn_file_actions_destroy(&actions);
-        close(fds[1]);
-        fd_ = fds[0];
-    }
-    ~Listener() {
-        if (pid_ > 0) kill(pid_, SIGKILL);
-        waitForExit();
-        close(fd_);
-    }
-    // False once the timeout passed or the pipe closed without text.
-    bool waitForOutput(const std::string& text) {
-        const auto end = std::chrono::steady_clock::now() + kWait;
-        while (output_.find(text) == std::string::npos) {
-            pollfd p{fd_, POLLIN, 0};
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                    end - std::chrono::steady_clock::now());
-            char buf[4096];
-            const ssize_t n = left.count() > 0 && poll(&p, 1, static_cast<int>(left.count())) > 0
-                                      ? read(fd_, buf, sizeof(buf))
-                                      : 0;
-            if (n <= 0) return false;
-            output_.append(buf, static_cast<size_t>(n));
-        }
-        return true;
-    }
-    // The exit status once its output is read to the end.
-    int waitForExit() {
-        waitForOutput(std::string(1, '\0'));
-        int status = 0;
-        if (pid_ > 0 && waitpid(pid_, &status, 0) == pid_) pid_ = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    }
-    const std::string& output() const { return output_; }
-
-  private:
-    pid_t pid_ = -1;
-    int fd_ = -1;
-    std::string output_;
-};
 
 class PymctlDirMode : public ::testing::Test {
   protected:
@@ -99,9 +40,13 @@ class PymctlDirMode : public ::testing::Test {
         args.insert(args.begin(), {"--dir", dir_});
         return runPymctl(args);
     }
-    std::unique_ptr<Listener> listen(std::vector<std::string> args) {
-        args.insert(args.begin(), {"--dir", dir_, "listen", "0x01010020", "--timeout"});
-        auto listener = std::make_unique<Listener>(args);
+    // pymctl listening alongside the test, its standard output and error read as they come.
+    std::unique_ptr<ChildProcess> listen(std::vector<std::string> args) {
+        args.insert(args.begin(),
+                    {PYMCTL_PATH, "--dir", dir_, "listen", "0x01010020", "--timeout"});
+        ChildProcess::Options options;
+        options.withStdout = true;
+        auto listener = std::make_unique<ChildProcess>(args, options);
         EXPECT_TRUE(listener->waitForOutput("listening on")) << listener->output();
         return listener;
     }

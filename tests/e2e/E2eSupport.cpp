@@ -3,22 +3,16 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <binder_host/service_control.h>
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <map>
 #include <thread>
 
-#include "SpawnProgram.h"
+#include "ChildProcess.h"
 #include "halclient.h"
 #include "pym.h"
-
-extern char** environ;
 
 namespace vexal::e2e {
 
@@ -85,7 +79,7 @@ void E2eTest::SetUp() {
 }
 
 void E2eTest::TearDown() {
-    if (troxd_ > 0) {
+    if (troxd_) {
         capture_->clear();
         killTroxd();
         // The library's death notices belong to this test, not to the next one.
@@ -93,25 +87,14 @@ void E2eTest::TearDown() {
         waitForLines(*capture_, kClientTag, kDied, 1, 2s);
         binder_host::drainNotifications();
     }
-    if (HasFailure()) std::cerr << "troxd log:\n" << troxdLog();
     capture_.reset();
     std::error_code ignored;
     std::filesystem::remove_all(dir_, ignored);
 }
 
 ::testing::AssertionResult E2eTest::startTroxd() {
-    const std::string log = dir_ + "/troxd-" + std::to_string(++starts_) + ".log";
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, log.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    const int spawned =
-            testing::spawnProgram(&troxd_, {TROXD_PATH, "--dir", dir_}, &actions, environ);
-    posix_spawn_file_actions_destroy(&actions);
-    if (spawned != 0) {
-        troxd_ = -1;
-        return ::testing::AssertionFailure() << "cannot start " << TROXD_PATH;
-    }
+    troxd_ = std::make_unique<testing::ChildProcess>(
+            std::vector<std::string>{TROXD_PATH, "--dir", dir_});
     const bool serving = pollUntil(
             [] {
                 ndk::SpAIBinder binder(
@@ -119,20 +102,16 @@ void E2eTest::TearDown() {
                 return binder.get() != nullptr && AIBinder_ping(binder.get()) == STATUS_OK;
             },
             10s);
-    if (!serving) return ::testing::AssertionFailure() << "troxd does not answer:\n" << troxdLog();
+    if (!serving) {
+        return ::testing::AssertionFailure() << "troxd does not answer:\n" << troxd_->output();
+    }
     return ::testing::AssertionSuccess();
 }
 
 void E2eTest::killTroxd() {
-    if (troxd_ <= 0) return;
-    kill(troxd_, SIGKILL);
-    waitpid(troxd_, nullptr, 0);
-    troxd_ = -1;
-}
-
-std::string E2eTest::troxdLog() const {
-    std::ifstream in(dir_ + "/troxd-" + std::to_string(starts_) + ".log");
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    if (!troxd_) return;
+    if (HasFailure()) std::cerr << "troxd log:\n" << troxd_->output();
+    troxd_.reset();  // SIGKILL and reap
 }
 
 ::testing::AssertionResult E2eTest::connectBothDoors() {  // The Event API first: its death

@@ -3,7 +3,6 @@
 // The library in this process against troxd in another one.
 
 #include <gtest/gtest.h>
-#include <sys/types.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -16,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "ChildProcess.h"
 #include "IClientCallback.h"
 #include "LogCapture.h"
 #include "PymClient.h"
@@ -78,10 +78,9 @@ class E2eTest : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    // Starts troxd (again) in this test's directory and waits until it answers. Its standard
-    // error goes to a file: it logs every resource change, more than a pipe nobody reads holds.
+    // Starts troxd (again) in this test's directory and waits until it answers.
     ::testing::AssertionResult startTroxd();
-    // SIGKILL and reap.
+    // SIGKILL and reap; its log goes to standard error once the test has failed.
     void killTroxd();
     // Both doors connected to the running troxd (a stale connection fails once, then reconnects).
     ::testing::AssertionResult connectBothDoors();
@@ -90,10 +89,7 @@ class E2eTest : public ::testing::Test {
     std::unique_ptr<testing::LogCapture> capture_;
 
   private:
-    std::string troxdLog() const;
-
-    pid_t troxd_ = -1;
-    int starts_ = 0;
+    std::unique_ptr<testing::ChildProcess> troxd_;
 };
 
 }  // namespace vexal::e2e

@@ -72,14 +72,13 @@ binder_status_t serviceTransact(AIBinder* binder, transaction_code_t code, const
 
 int joinAsStranger(const std::string& path, uint64_t key) {
     using namespace vexal::testing;
-    const int fd = connectUnix(path);
-    uint32_t type = 0;
-    std::vector<uint8_t> body;
-    if (fd < 0 || !readRawFrame(fd, &type, &body)) return 2;
-    body.resize(8);
+    const int fd = connectGreeted(path, binder_impl::kHello);
+    if (fd < 0) return 2;
+    std::vector<uint8_t> body(8);
     memcpy(body.data(), &key, 8);
     const std::vector<uint8_t> join = rawFrame(binder_impl::kJoin, body);
     if (!sendExact(fd, join.data(), join.size())) return 2;
+    uint32_t type = 0;
     return readRawFrame(fd, &type, &body) ? 1 : 0;
 }
 

@@ -79,7 +79,7 @@ class SocketTest : public testing::Test {
         std::vector<std::string> argv{SOCKET_ECHO_SERVICE, instance};
         argv.insert(argv.end(), extra.begin(), extra.end());
         return *children_.emplace_back(std::make_unique<ChildProcess>(
-                argv, ChildProcess::Options{{"BINDER_HOST_DIR=" + dir_}, {}, {}}));
+                argv, ChildProcess::Options{{"BINDER_HOST_DIR=" + dir_}}));
     }
 
     static ndk::SpAIBinder waitForEcho(const char* instance) {
@@ -284,18 +284,13 @@ bool sendBytes(int fd, const std::vector<uint8_t>& bytes) {
 // *hello when given) and, given a key, asked to join the connection it names; -1 if a step failed.
 int greeted(const std::string& path, std::vector<uint8_t>* hello = nullptr,
             std::optional<uint64_t> join = {}) {
-    const int fd = connectUnix(path);
-    uint32_t type = 0;
-    std::vector<uint8_t> body;
-    bool ok = fd >= 0 && readRawFrame(fd, &type, &body) && type == kHello;
-    if (ok && hello != nullptr) *hello = body;
-    if (ok && join.has_value()) {
-        body.resize(8);
-        memcpy(body.data(), &*join, 8);
-        ok = sendBytes(fd, rawFrame(kJoin, body));
-    }
-    if (!ok && fd >= 0) close(fd);
-    return ok ? fd : -1;
+    const int fd = connectGreeted(path, kHello, hello);
+    if (fd < 0 || !join.has_value()) return fd;
+    std::vector<uint8_t> body(8);
+    memcpy(body.data(), &*join, 8);
+    if (sendBytes(fd, rawFrame(kJoin, body))) return fd;
+    close(fd);
+    return -1;
 }
 
 // A channel the service admitted into the connection key names, or -1.

@@ -39,6 +39,7 @@ ChildProcess::ChildProcess(std::vector<std::string> argv, const Options& options
     pid_ = fork();
     if (pid_ == 0) {
         dup2(fds[1], STDERR_FILENO);
+        if (options.withStdout) dup2(fds[1], STDOUT_FILENO);
         for (const auto& [resource, value] : limits) {
             if (setrlimit(resource, &value) != 0) _exit(126);
         }

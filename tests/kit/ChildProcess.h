@@ -13,21 +13,23 @@
 
 namespace vexal::testing {
 
-// A program the build made (troxd, a test service), run as a child with its standard error on a
-// pipe that a thread of its own keeps reading, so a chatty child never blocks. Resource limits are
-// set in the child only, so the test process keeps its own. Killed (SIGKILL) and reaped on
-// destruction unless it was already reaped.
+// A program the build made (troxd, pymctl, a test service), run as a child with its standard
+// error on a pipe that a thread of its own keeps reading, so a chatty child never blocks. Resource
+// limits are set in the child only, so the test process keeps its own. Killed (SIGKILL) and reaped
+// on destruction unless it was already reaped.
 class ChildProcess {
   public:
     struct Options {
         // NAME=VALUE added to the test's environment, after BINDER_HOST_* variables of the test
         // process were left out (the child gets the directory it is told).
-        std::vector<std::string> env;
+        std::vector<std::string> env = {};
         using Limits = std::vector<std::pair<int, rlim_t>>;
-        Limits limits;  // RLIMIT_*, soft and hard
+        Limits limits = {};  // RLIMIT_*, soft and hard
         // CAP_* left out of the child's bounding set, so that even root runs it without them
         // (needs CAP_SETPCAP).
-        std::vector<int> dropCapabilities;
+        std::vector<int> dropCapabilities = {};
+        // Standard output too goes to the pipe, interleaved with standard error as written.
+        bool withStdout = false;
     };
     ChildProcess(std::vector<std::string> argv, const Options& options);
     explicit ChildProcess(std::vector<std::string> argv) : ChildProcess(std::move(argv), {}) {}

@@ -85,6 +85,21 @@ inline bool readRawFrame(int fd, uint32_t* type, std::vector<uint8_t>* body,
     return recvExact(fd, body->data(), length);
 }
 
+// A connection to path whose first frame, of type hello, was read (its body into *body when
+// given); -1, with the socket closed, when a step failed.
+inline int connectGreeted(const std::string& path, uint32_t hello,
+                          std::vector<uint8_t>* body = nullptr) {
+    const int fd = connectUnix(path);
+    uint32_t type = 0;
+    std::vector<uint8_t> greeting;
+    if (fd >= 0 && readRawFrame(fd, &type, &greeting) && type == hello) {
+        if (body != nullptr) *body = std::move(greeting);
+        return fd;
+    }
+    if (fd >= 0) close(fd);
+    return -1;
+}
+
 // True once the peer closed fd (within 10 s); what it sent before is read and dropped.
 inline bool closedByPeer(int fd) {
     timeval tick{0, 100000};

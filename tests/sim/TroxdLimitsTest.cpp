@@ -38,12 +38,10 @@ std::vector<uint8_t> transactFrame(uint64_t transaction, uint64_t ref) {
 
 // A socket that got its HELLO (and the service's ref), or -1 when the service closed it first.
 int connectRaw(const std::string& path, uint64_t* ref = nullptr) {
-    const int fd = connectUnix(path);
-    if (fd < 0) return -1;
-    uint32_t type = 0;
     std::vector<uint8_t> body;
-    if (!readRawFrame(fd, &type, &body) || type != kHello || body.size() < 8) {
-        close(fd);
+    const int fd = connectGreeted(path, kHello, &body);
+    if (fd < 0 || body.size() < 8) {
+        if (fd >= 0) close(fd);
         return -1;
     }
     if (ref != nullptr) memcpy(ref, body.data(), 8);
@@ -74,7 +72,7 @@ class TroxdLimitsTest : public testing::Test {
         env.push_back("BINDER_HOST_DIR=" + dir_);
         service_ =
                 std::make_unique<ChildProcess>(std::vector<std::string>{TROXD_PATH, "--dir", dir_},
-                                               ChildProcess::Options{env, limits, {}});
+                                               ChildProcess::Options{env, limits});
         EXPECT_TRUE(service_->waitForOutput("serving " + std::string(kName))) << service_->output();
         trox_ = ITrox::fromBinder(ndk::SpAIBinder(AServiceManager_waitForService(kName)));
         return served(trox_);

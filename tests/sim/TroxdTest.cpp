@@ -138,7 +138,7 @@ TEST_F(TroxdTest, BadHostDirectoryIsRefusedAndLeftAsItWas) {
     }
     const std::string env = dir("env", 0755);
     expectRefused({}, 1, "refusing " + env + ": mode 755", env,
-                  Troxd::Options{{"BINDER_HOST_DIR=" + env}, {}, {}});
+                  Troxd::Options{{"BINDER_HOST_DIR=" + env}});
     std::string theirs = "/";
     if (geteuid() == 0) {
         theirs = dir("theirs");
